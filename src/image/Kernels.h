@@ -1,0 +1,108 @@
+#pragma once
+
+#include <cstdint>
+
+/// The pixel loops of the image operations, one row a call: pointers, steps and counts, no images.
+///
+/// A step is the distance from one pixel to the next in bytes, 3 or 4 in true colour. A row of `dst` may be
+/// the row of a source itself, but may not overlap it in part. Nothing is checked here: the operation above
+/// has. Words are little-endian, as on every processor that the library is built for.
+namespace zel
+{
+
+/// \name Resampling
+/// A position on an axis becomes a tap: the pixels that it reads, as their index times `step`, with what
+/// weighs them. Indices are confined to the axis, which repeats the pixels at its ends.
+/// @{
+
+struct LinearTap
+{
+    int offset[2];
+    double fraction; ///< of the way from the first pixel to the second
+};
+
+struct CubicTap
+{
+    int offset[4];
+    double weight[4];
+};
+
+int NearestTap(double position, int length, int step);
+LinearTap MakeLinearTap(double position, int length, int step);
+CubicTap MakeCubicTap(double position, int length, int step);
+
+/// dst pixel i = the `channels` bytes at src + offsets[i].
+void GatherRow(unsigned char* dst, int dstStep, const unsigned char* src, const int* offsets, int count,
+               int channels);
+
+/// Bilinear mixture of two source rows, `fraction` of the way from `upper` to `lower`.
+void LinearRow(unsigned char* dst, int dstStep, const unsigned char* upper, const unsigned char* lower,
+               double fraction, const LinearTap* columns, int count, int channels);
+
+/// Sum of four source rows of four taps each, under the products of their weights.
+void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
+              const double (&rowWeights)[4], const CubicTap* columns, int count, int channels);
+
+/// @}
+/// \name Blending
+/// @{
+
+/// Blue, green, red of dst = s2 + ((s1 - s2) * alpha of s1 >> 8). s1 has 4-byte pixels.
+void BlendRowByAlpha(unsigned char* dst, int dstStep, const unsigned char* s1, const unsigned char* s2,
+                     int s2Step, int count);
+
+/// Blue, green, red of dst = s1 + ((s2 - s1) * alpha >> 8).
+void BlendRow(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step, const unsigned char* s2,
+              int s2Step, int alpha, int count);
+
+/// Blue, green, red of dst are those of s1, or of s2 where s1 has the colour `key` (blue, green, red).
+void KeyRow(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step, const unsigned char* s2,
+            int s2Step, const unsigned char (&key)[3], int count);
+
+/// The two factors of a shaded channel, for every value of the shading and of the shaded image.
+struct ShadeFactors
+{
+    explicit ShadeFactors(int strength);
+
+    double shading[256]; ///< (s1 - 128.0) * k + 1.0
+    double shaded[256];  ///< s2 * f
+};
+
+/// Blue, green, red of dst = shading[s1] * shaded[s2], truncated and confined to a byte; not a number is 0.
+void ShadeRow(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step, const unsigned char* s2,
+              int s2Step, const ShadeFactors& factors, int count);
+
+/// \name Rows of 4-byte pixels
+/// @{
+
+/// Alpha = plane[i].
+void SetAlphaRow(unsigned char* dst, const unsigned char* plane, int count);
+
+/// Alpha = `alpha`.
+void FillAlphaRow(unsigned char* dst, unsigned char alpha, int count);
+
+/// Alpha = 0 where the low 24 bits of the pixel are `key`; elsewhere 255 when `opaqueOthers`.
+void KeyAlphaRow(unsigned char* dst, std::uint32_t key, bool opaqueOthers, int count);
+
+/// Blue, green, red c = c + ((color - c) * weight >> 8), weight 0 to 256.
+void MixRow(unsigned char* dst, const int (&color)[3], int weight, int count);
+
+/// @}
+/// @}
+/// \name Conversion
+/// Write blue, green, red of dst.
+/// @{
+
+/// From indices of 1, 4 or 8 bits, by a table of 2 to the power of `bits` colours (blue, green, red, unused).
+void ExpandIndexRow(unsigned char* dst, int dstStep, const unsigned char* src, int bits,
+                    const unsigned char (*colors)[4], int count);
+
+/// From 16-bit words of 5 bits each of blue, green, red.
+void ExpandWordRow(unsigned char* dst, int dstStep, const unsigned char* src, int count);
+
+/// From 3-byte to 4-byte pixels.
+void ExpandTripleRow(unsigned char* dst, const unsigned char* src, int count);
+
+/// @}
+
+} // namespace zel

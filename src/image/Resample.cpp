@@ -1,0 +1,116 @@
+#include "image/Kernels.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zel
+{
+
+namespace
+{
+
+int Confine(int index, int length)
+{
+    return std::clamp(index, 0, length - 1);
+}
+
+// The uniform cubic B-spline at distance t >= 0 from its centre.
+double SplineWeight(double t)
+{
+    if (t <= 1.0)
+        return 0.5 * t * t * t - t * t + 0.6666666666666666;
+    const double u = 2.0 - t;
+    return u * u * u * 0.16666666666666666;
+}
+
+template <int kChannels>
+void GatherPixels(unsigned char* dst, int dstStep, const unsigned char* src, const int* offsets, int count)
+{
+    for (int i = 0; i < count; ++i, dst += dstStep)
+        for (int c = 0; c < kChannels; ++c)
+            dst[c] = src[offsets[i] + c];
+}
+
+template <int kChannels>
+void LinearPixels(unsigned char* dst, int dstStep, const unsigned char* upper, const unsigned char* lower,
+                  double fy, const LinearTap* columns, int count)
+{
+    for (int i = 0; i < count; ++i, dst += dstStep)
+    {
+        const auto& [offset, fx] = columns[i];
+        const double w11 = fx * fy;
+        const double w00 = 1.0 - fx - fy + w11;
+        const double w10 = fx - w11;
+        const double w01 = fy - w11;
+        for (int c = 0; c < kChannels; ++c)
+            dst[c] =
+                static_cast<unsigned char>(upper[offset[0] + c] * w00 + lower[offset[1] + c] * w11 +
+                                           lower[offset[0] + c] * w01 + upper[offset[1] + c] * w10 + 0.5);
+    }
+}
+
+template <int kChannels>
+void CubicPixels(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
+                 const double (&rowWeights)[4], const CubicTap* columns, int count)
+{
+    for (int i = 0; i < count; ++i, dst += dstStep)
+    {
+        const CubicTap& tap = columns[i];
+        double sum[kChannels] = {};
+        for (int j = 0; j < 4; ++j)
+            for (int k = 0; k < 4; ++k)
+            {
+                const double weight = rowWeights[j] * tap.weight[k];
+                for (int c = 0; c < kChannels; ++c)
+                    sum[c] += rows[j][tap.offset[k] + c] * weight;
+            }
+        for (int c = 0; c < kChannels; ++c)
+            dst[c] = static_cast<unsigned char>(sum[c] + 0.5);
+    }
+}
+
+} // namespace
+
+int NearestTap(double position, int length, int step)
+{
+    return Confine(static_cast<int>(position + 0.5), length) * step;
+}
+
+LinearTap MakeLinearTap(double position, int length, int step)
+{
+    const int index = static_cast<int>(position);
+    return {{Confine(index, length) * step, Confine(index + 1, length) * step}, position - index};
+}
+
+CubicTap MakeCubicTap(double position, int length, int step)
+{
+    const int index = static_cast<int>(position);
+    const double centre = position - index + 1.0;
+    CubicTap tap;
+    for (int k = 0; k < 4; ++k)
+    {
+        tap.offset[k] = Confine(index - 1 + k, length) * step;
+        tap.weight[k] = SplineWeight(std::fabs(k - centre));
+    }
+    return tap;
+}
+
+void GatherRow(unsigned char* dst, int dstStep, const unsigned char* src, const int* offsets, int count,
+               int channels)
+{
+    (channels == 3 ? GatherPixels<3> : GatherPixels<4>)(dst, dstStep, src, offsets, count);
+}
+
+void LinearRow(unsigned char* dst, int dstStep, const unsigned char* upper, const unsigned char* lower,
+               double fraction, const LinearTap* columns, int count, int channels)
+{
+    (channels == 3 ? LinearPixels<3> : LinearPixels<4>)(dst, dstStep, upper, lower, fraction, columns, count);
+}
+
+void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
+              const double (&rowWeights)[4], const CubicTap* columns, int count, int channels)
+{
+    (channels == 3 ? CubicPixels<3> : CubicPixels<4>)(dst, dstStep, rows, rowWeights, columns, count);
+}
+
+} // namespace zel
