@@ -1,0 +1,385 @@
+#include "ZelUtil/TarvexDib.h"
+
+// The operations that change nothing but pixel bytes: resampling, blending, regions.
+
+#include "image/Kernels.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+namespace
+{
+
+bool SameSize(const CTarvexDib& a, const CTarvexDib& b)
+{
+    return a.Width() == b.Width() && a.Height() == b.Height();
+}
+
+bool IsTrueColor(const CTarvexDib& dib)
+{
+    return dib.BitCount() == 24 || dib.BitCount() == 32;
+}
+
+// What the operations with two sources require: true colour and one size.
+bool CanBlend(const CTarvexDib& target, const CTarvexDib* first, const CTarvexDib* second)
+{
+    if (first == nullptr || second == nullptr)
+        return false;
+    if (!IsTrueColor(target) || !IsTrueColor(*first) || !IsTrueColor(*second))
+        return false;
+    return SameSize(target, *first) && SameSize(target, *second);
+}
+
+// A fraction, confined to 0 to 1, of `whole`, truncated. What is not a number counts as 0.
+int PartOf(float fraction, double whole)
+{
+    if (!(fraction > 0.0F))
+        return 0;
+    return static_cast<int>(std::min(static_cast<double>(fraction), 1.0) * whole);
+}
+
+// The roads of Resize: each fills all pixels of `to`, `channels` bytes a pixel, from an image with pixels.
+
+void ResizeNearest(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels)
+{
+    std::vector<int> columns;
+    columns.reserve(static_cast<std::size_t>(to.Width()));
+    for (int i = 0; i < to.Width(); ++i)
+        columns.push_back(zel::NearestTap(i * stepX, from.Width(), from.PixelSize()));
+
+    double y = 0.0;
+    for (int row = 0; row < to.Height(); ++row, y += stepY)
+        zel::GatherRow(to.GetPixelFast(0, row), to.PixelSize(),
+                       from.GetPixelFast(0, zel::NearestTap(y, from.Height(), 1)), columns.data(), to.Width(),
+                       channels);
+}
+
+void ResizeLinear(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels)
+{
+    std::vector<zel::LinearTap> columns;
+    columns.reserve(static_cast<std::size_t>(to.Width()));
+    for (int i = 0; i < to.Width(); ++i)
+        columns.push_back(zel::MakeLinearTap(i * stepX, from.Width(), from.PixelSize()));
+
+    double y = 0.0;
+    for (int row = 0; row < to.Height(); ++row, y += stepY)
+    {
+        const zel::LinearTap tap = zel::MakeLinearTap(y, from.Height(), 1);
+        zel::LinearRow(to.GetPixelFast(0, row), to.PixelSize(), from.GetPixelFast(0, tap.offset[0]),
+                       from.GetPixelFast(0, tap.offset[1]), tap.fraction, columns.data(), to.Width(),
+                       channels);
+    }
+}
+
+void ResizeCubic(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels)
+{
+    std::vector<zel::CubicTap> columns;
+    columns.reserve(static_cast<std::size_t>(to.Width()));
+    for (int i = 0; i < to.Width(); ++i)
+        columns.push_back(zel::MakeCubicTap(i * stepX, from.Width(), from.PixelSize()));
+
+    double y = 0.0;
+    for (int row = 0; row < to.Height(); ++row, y += stepY)
+    {
+        const zel::CubicTap tap = zel::MakeCubicTap(y, from.Height(), 1);
+        const unsigned char* const rows[4] = {
+            from.GetPixelFast(0, tap.offset[0]), from.GetPixelFast(0, tap.offset[1]),
+            from.GetPixelFast(0, tap.offset[2]), from.GetPixelFast(0, tap.offset[3])};
+        zel::CubicRow(to.GetPixelFast(0, row), to.PixelSize(), rows, tap.weight, columns.data(), to.Width(),
+                      channels);
+    }
+}
+
+// A picture that CopyRect reads: rows from the bottom upward.
+struct PixelSource
+{
+    const unsigned char* bottomRow;
+    std::int64_t rowBytes;
+    int width;
+    int height;
+};
+
+bool CopyRegion(const CTarvexDib& to, int destX, int destY, const PixelSource& from, int srcX, int srcY,
+                int columns, int srcRowEnd)
+{
+    if (destX < 0 || destY < 0 || srcX < 0 || srcY < 0)
+        return false;
+    if (destX >= to.Width() || destY >= to.Height() || srcX >= from.width || srcY >= from.height)
+        return false;
+
+    const int count = std::min({columns, from.width - srcX, to.Width() - destX});
+    const int rowEnd = std::min(srcRowEnd, from.height);
+    if (count <= 0 || rowEnd <= srcY)
+        return true;
+
+    const int rows = std::min(rowEnd - srcY, to.Height() - destY);
+    const std::int64_t bytes = static_cast<std::int64_t>(count) * to.PixelSize();
+    for (int row = 0; row < rows; ++row)
+    {
+        const std::int64_t storedRow = from.height - 1 - (srcY + row);
+        const unsigned char* source =
+            from.bottomRow + (storedRow * from.rowBytes + static_cast<std::int64_t>(srcX) * to.PixelSize());
+        std::memmove(to.GetPixelFast(destX, destY + row), source, static_cast<std::size_t>(bytes));
+    }
+    return true;
+}
+
+} // namespace
+
+void CTarvexDib::SetupInterpolMethod(CTarvexDib::InterpolMethod method)
+{
+    m_interpolMethod = BitCount() < 24 ? InterpolNearest : method;
+    switch (m_interpolMethod)
+    {
+    case InterpolNearest:
+        m_sampler = &CTarvexDib::NearestNeighbour;
+        break;
+    case InterpolBiLinear:
+        m_sampler = BitCount() == 24 ? &CTarvexDib::BiLinearTriple : &CTarvexDib::BiLinearQuad;
+        break;
+    case InterpolCubic:
+        m_sampler = BitCount() == 24 ? &CTarvexDib::CubicTriple : &CTarvexDib::CubicQuad;
+        break;
+    }
+}
+
+bool CTarvexDib::Resize(CTarvexDib& source) const
+{
+    if (&source == this || source.BitCount() < 24 || BitCount() < 24)
+        return false;
+    const bool nothingToFill = m_width == 0 || m_height == 0;
+    if (!nothingToFill && (source.m_width == 0 || source.m_height == 0))
+        return false;
+
+    source.SetupInterpolMethod(m_interpolMethod);
+    if (nothingToFill)
+        return true;
+
+    const double stepX = static_cast<double>(source.m_width) / m_width;
+    const double stepY = static_cast<double>(source.m_height) / m_height;
+    const Sampler sampler = source.m_sampler;
+
+    // An unknown method leaves the source a sampler that it got at another depth, so its depth counts too.
+    const bool isTriple = sampler == &CTarvexDib::BiLinearTriple || sampler == &CTarvexDib::CubicTriple;
+    const int channels = isTriple ? 3 : std::min(m_pixelSize, source.m_pixelSize);
+
+    if (sampler == &CTarvexDib::NearestNeighbour)
+        ResizeNearest(*this, source, stepX, stepY, channels);
+    else if (sampler == &CTarvexDib::BiLinearTriple || sampler == &CTarvexDib::BiLinearQuad)
+        ResizeLinear(*this, source, stepX, stepY, channels);
+    else if (sampler == &CTarvexDib::CubicTriple || sampler == &CTarvexDib::CubicQuad)
+        ResizeCubic(*this, source, stepX, stepY, channels);
+    else
+        ResizeBySampler(source, stepX, stepY, channels);
+    return true;
+}
+
+bool CTarvexDib::AlphaBlendPerPixel(const CTarvexDib* const first, const CTarvexDib* const second) const
+{
+    if (!CanBlend(*this, first, second) || first->BitCount() != 32)
+        return false;
+
+    for (int row = 0; row < m_height; ++row)
+        zel::BlendRowByAlpha(GetScanLine(row), m_pixelSize, first->GetScanLine(row), second->GetScanLine(row),
+                             second->m_pixelSize, m_width);
+    return true;
+}
+
+bool CTarvexDib::AlphaBlend(const CTarvexDib* const first, const CTarvexDib* const second,
+                            unsigned char alpha) const
+{
+    if (!CanBlend(*this, first, second))
+        return false;
+
+    for (int row = 0; row < m_height; ++row)
+        zel::BlendRow(GetScanLine(row), m_pixelSize, first->GetScanLine(row), first->m_pixelSize,
+                      second->GetScanLine(row), second->m_pixelSize, alpha, m_width);
+    return true;
+}
+
+bool CTarvexDib::TransparentBlend(const CTarvexDib* const first, const CTarvexDib* const second,
+                                  unsigned char red, unsigned char green, unsigned char blue) const
+{
+    if (!CanBlend(*this, first, second))
+        return false;
+
+    const unsigned char key[3] = {blue, green, red};
+    for (int row = 0; row < m_height; ++row)
+        zel::KeyRow(GetScanLine(row), m_pixelSize, first->GetScanLine(row), first->m_pixelSize,
+                    second->GetScanLine(row), second->m_pixelSize, key, m_width);
+    return true;
+}
+
+bool CTarvexDib::ShadePerPixel(const CTarvexDib* const first, const CTarvexDib* const second,
+                               int strength) const
+{
+    if (!CanBlend(*this, first, second))
+        return false;
+
+    const zel::ShadeFactors factors(strength);
+    for (int row = 0; row < m_height; ++row)
+        zel::ShadeRow(GetScanLine(row), m_pixelSize, first->GetScanLine(row), first->m_pixelSize,
+                      second->GetScanLine(row), second->m_pixelSize, factors, m_width);
+    return true;
+}
+
+bool CTarvexDib::SetAlphaPlane(const CTarvexDib* const plane) const
+{
+    if (plane == nullptr || BitCount() != 32 || plane->BitCount() != 8 || !SameSize(*this, *plane))
+        return false;
+
+    for (int row = 0; row < m_height; ++row)
+        zel::SetAlphaRow(GetScanLine(row), plane->GetScanLine(row), m_width);
+    return true;
+}
+
+bool CTarvexDib::TransparentAlpha(unsigned char red, unsigned char green, unsigned char blue,
+                                  bool opaqueOthers) const
+{
+    if (BitCount() != 32)
+        return false;
+
+    const auto key = static_cast<std::uint32_t>(red << 16 | green << 8 | blue);
+    for (int row = 0; row < m_height; ++row)
+        zel::KeyAlphaRow(GetScanLine(row), key, opaqueOthers, m_width);
+    return true;
+}
+
+bool CTarvexDib::ColorMix(float red, float green, float blue, float weight)
+{
+    if (BitCount() != 32)
+        return false;
+
+    const int color[3] = {PartOf(blue, 255.0), PartOf(green, 255.0), PartOf(red, 255.0)};
+    const int share = PartOf(weight, 256.0);
+    for (int row = 0; row < m_height; ++row)
+        zel::MixRow(GetScanLine(row), color, share, m_width);
+    return true;
+}
+
+bool CTarvexDib::AlphaAlpha(unsigned char alpha) const
+{
+    if (BitCount() != 32)
+        return false;
+
+    for (int row = 0; row < m_height; ++row)
+        zel::FillAlphaRow(GetScanLine(row), alpha, m_width);
+    return true;
+}
+
+bool CTarvexDib::resetAlpha()
+{
+    return AlphaAlpha(255);
+}
+
+bool CTarvexDib::Clone(const CTarvexDib& src, int left, int top, int right, int bottom) const
+{
+    if (&src == this || src.BitCount() < 24 || BitCount() < 24)
+        return false;
+    if (left < 0 || left >= src.m_width || right < left || right > src.m_width)
+        return false;
+    if (top < 0 || top >= src.m_height || bottom < top || bottom > src.m_height)
+        return false;
+
+    const double stepX = static_cast<double>(right - left) / m_width;
+    const double stepY = static_cast<double>(bottom - top) / m_height;
+    std::vector<int> columns;
+    columns.reserve(static_cast<std::size_t>(m_width));
+    for (int i = 0; i < m_width; ++i)
+        columns.push_back((static_cast<int>(i * stepX) + left) * src.m_pixelSize);
+
+    const int channels = std::min(m_pixelSize, src.m_pixelSize);
+    double y = top;
+    for (int row = 0; row < m_height; ++row, y += stepY)
+    {
+        // Rounding errors of very many steps could add up to one row too many.
+        const int srcRow = std::min(static_cast<int>(y), src.m_height - 1);
+        unsigned char* to = GetPixelFast(0, row);
+        zel::GatherRow(to, m_pixelSize, src.GetPixelFast(0, srcRow), columns.data(), m_width, channels);
+        if (channels < m_pixelSize)
+            zel::FillAlphaRow(to, 255, m_width);
+    }
+    return true;
+}
+
+bool CTarvexDib::CopyRect(int destX, int destY, const CTarvexDib& src, int srcX, int srcY, int columns,
+                          int srcRowEnd) const
+{
+    if (&src == this || src.BitCount() < 24 || BitCount() != src.BitCount())
+        return false;
+
+    const PixelSource from = {src.m_bits, src.m_scanLineBytes, src.m_width, src.m_height};
+    return CopyRegion(*this, destX, destY, from, srcX, srcY, columns, srcRowEnd);
+}
+
+bool CTarvexDib::CopyRect(int destX, int destY, unsigned char* const pixels, int pixelsWidth,
+                          int pixelsHeight, int bitCount, int srcX, int srcY, int columns,
+                          int srcRowEnd) const
+{
+    if (pixels == nullptr || bitCount < 24 || BitCount() != bitCount)
+        return false;
+
+    const PixelSource from = {pixels, std::int64_t{m_pixelSize} * pixelsWidth, pixelsWidth, pixelsHeight};
+    return CopyRegion(*this, destX, destY, from, srcX, srcY, columns, srcRowEnd);
+}
+
+void CTarvexDib::NearestNeighbour(double x, double y, unsigned char* out) const
+{
+    const unsigned char* row = GetPixelFast(0, zel::NearestTap(y, m_height, 1));
+    std::memcpy(out, row + zel::NearestTap(x, m_width, m_pixelSize), static_cast<std::size_t>(m_pixelSize));
+}
+
+void CTarvexDib::BiLinearTriple(double x, double y, unsigned char* out) const
+{
+    SampleLinear(x, y, out, 3);
+}
+
+void CTarvexDib::BiLinearQuad(double x, double y, unsigned char* out) const
+{
+    SampleLinear(x, y, out, 4);
+}
+
+void CTarvexDib::CubicTriple(double x, double y, unsigned char* out) const
+{
+    SampleCubic(x, y, out, 3);
+}
+
+void CTarvexDib::CubicQuad(double x, double y, unsigned char* out) const
+{
+    SampleCubic(x, y, out, 4);
+}
+
+// The road of Resize for a sampler that has no rows of its own.
+void CTarvexDib::ResizeBySampler(const CTarvexDib& source, double stepX, double stepY, int channels) const
+{
+    double y = 0.0;
+    for (int row = 0; row < m_height; ++row, y += stepY)
+    {
+        unsigned char* to = GetPixelFast(0, row);
+        for (int i = 0; i < m_width; ++i, to += m_pixelSize)
+        {
+            unsigned char pixel[4];
+            (source.*source.m_sampler)(i * stepX, y, pixel);
+            std::memcpy(to, pixel, static_cast<std::size_t>(channels));
+        }
+    }
+}
+
+void CTarvexDib::SampleLinear(double x, double y, unsigned char* out, int channels) const
+{
+    const zel::LinearTap column = zel::MakeLinearTap(x, m_width, m_pixelSize);
+    const zel::LinearTap row = zel::MakeLinearTap(y, m_height, 1);
+    zel::LinearRow(out, channels, GetPixelFast(0, row.offset[0]), GetPixelFast(0, row.offset[1]),
+                   row.fraction, &column, 1, channels);
+}
+
+void CTarvexDib::SampleCubic(double x, double y, unsigned char* out, int channels) const
+{
+    const zel::CubicTap column = zel::MakeCubicTap(x, m_width, m_pixelSize);
+    const zel::CubicTap row = zel::MakeCubicTap(y, m_height, 1);
+    const unsigned char* const rows[4] = {GetPixelFast(0, row.offset[0]), GetPixelFast(0, row.offset[1]),
+                                          GetPixelFast(0, row.offset[2]), GetPixelFast(0, row.offset[3])};
+    zel::CubicRow(out, channels, rows, row.weight, &column, 1, channels);
+}
