@@ -1,0 +1,10 @@
+#pragma once
+
+/// The whole interface.
+
+#include "ZelUtil/BitmapCache.h"
+#include "ZelUtil/Errors.h"
+#include "ZelUtil/Export.h"
+#include "ZelUtil/StdStr.h"
+#include "ZelUtil/TarvexDib.h"
+#include "ZelUtil/WinTypes.h"
