@@ -1,0 +1,184 @@
+#include "FailingAllocator.h"
+#include "Pictures.h"
+
+#include "ZelUtil/BitmapCache.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <new>
+
+using namespace test;
+
+namespace
+{
+
+// Runs `attempt` with its 1st, 2nd, 3rd ... allocation failing until none fails any more. `prepare` and
+// `check` stand before and behind it with memory enough; `check` is told which allocation failed. Gives their
+// number.
+int FailEach(const std::function<void()>& prepare, const std::function<void()>& attempt,
+             const std::function<void(int failed)>& check)
+{
+    for (int failing = 0; failing < 50; ++failing)
+    {
+        prepare();
+        FailAllocation(failing);
+        attempt();
+        const bool failed = AllocationFailed();
+        FailAllocation(-1);
+        if (!failed)
+            return failing;
+        check(failing);
+    }
+    ADD_FAILURE() << "no end of allocations";
+    return 0;
+}
+
+template <typename Error, typename Operation>
+bool Throws(const Operation& operation)
+{
+    try
+    {
+        operation();
+    }
+    catch (const Error&)
+    {
+        return true;
+    }
+    return false;
+}
+
+} // namespace
+
+TEST(Allocation, ImagesAreEmptyOrUnchangedAfterAFailure)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder / "a.bmp", longHeader = folder / "long.bmp";
+    Bytes packed = RandomPacked(9, 7, 8, 0, 256);
+    WriteFile(path, FileAround(packed, 256));
+    WriteFile(longHeader, FileAround(RandomPacked(1, 1, 24, 0, 50000), 50000));
+    const CTarvexDib picture = RandomPicture(9, 7, 32);
+    CTarvexDib table;
+    ASSERT_TRUE(table.Create(1, 1, 8));
+
+    const struct
+    {
+        const char* name;
+        int allocations;
+        bool empties;
+        std::function<bool(CTarvexDib&)> run;
+    } cases[] = {
+        {"Create", 2, true, [](auto& dib) { return dib.Create(5, 5, 24); }},
+        {"Load from memory", 2, true,
+         [&](auto& dib) { return dib.Load(packed.data(), static_cast<int>(packed.size())); }},
+        {"Load", 2, true, [&](auto& dib) { return dib.Load(path.c_str()); }},
+        {"Load a long header", 4, true, [&](auto& dib) { return dib.Load(longHeader.c_str()); }},
+        {"operator=", 2, true, [&](auto& dib) { return (dib = picture).Width() == 9; }},
+        {"SetColorTable", 1, false, [&](auto& dib) { return dib.SetColorTable(table.GetColorTable(), 256); }},
+        {"CopyColorsFromDib", 1, false,
+         [&](auto& dib)
+         {
+             dib.CopyColorsFromDib(table);
+             return dib.GetDibLength() == 1112;
+         }},
+        {"ChangeToTrueColor", 1, false, [](auto& dib) { return dib.ChangeToTrueColor(true); }}};
+
+    Bytes small = RandomPacked(6, 6, 8, 3, 3);
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(c.name);
+        const long before = LiveBlocks();
+        CTarvexDib dib;
+        bool done = false;
+        const int allocations = FailEach([&] { dib.Load(small.data(), static_cast<int>(small.size())); },
+                                         [&] { done = c.run(dib); },
+                                         [&](int failed)
+                                         {
+                                             EXPECT_FALSE(done) << failed;
+                                             EXPECT_EQ(Packed(dib), c.empties ? Bytes() : small) << failed;
+                                         });
+        EXPECT_TRUE(done);
+        EXPECT_EQ(allocations, c.allocations);
+        dib.Empty();
+        EXPECT_EQ(LiveBlocks(), before);
+    }
+}
+
+TEST(Allocation, FailedCopyTellsWhichBlockWasRefused)
+{
+    const CTarvexDib picture = RandomPicture(9, 7, 8);
+    const long before = LiveBlocks();
+    for (const int line : {64, 80})
+    {
+        FailAllocation(line == 64 ? 0 : 1);
+        try
+        {
+            const CTarvexDib copy(picture);
+            ADD_FAILURE() << copy.Width();
+        }
+        catch (const MemoryError& error)
+        {
+            EXPECT_EQ(error.getMethode(), "Copy Constructor CTarvexDib");
+            EXPECT_EQ(error.getMsg(), "Couldn't allocate memory");
+            EXPECT_EQ(error.getFile(), ".\\src\\TarvexDib");
+            EXPECT_EQ(error.getLine(), line);
+        }
+        FailAllocation(-1);
+    }
+    EXPECT_EQ(LiveBlocks(), before);
+}
+
+TEST(Allocation, TablesOfResizeAndCloneFailBeforeTheFirstPixel)
+{
+    CTarvexDib source = RandomPicture(5, 5, 24);
+    const CTarvexDib target = RandomPicture(9, 9, 32);
+    const Bytes before = PixelBytes(target);
+    const long blocks = LiveBlocks();
+    for (int method = 0; method < 3; ++method)
+    {
+        CTarvexDib dib(target);
+        dib.SetupInterpolMethod(static_cast<CTarvexDib::InterpolMethod>(method));
+        FailAllocation(0);
+        const bool thrown = Throws<std::bad_alloc>([&] { dib.Resize(source); });
+        FailAllocation(-1);
+        EXPECT_TRUE(thrown);
+        EXPECT_EQ(PixelBytes(dib), before);
+        EXPECT_EQ(source.GetInterpolMethod(), method);
+    }
+    FailAllocation(0);
+    const bool thrown = Throws<std::bad_alloc>([&] { target.Clone(source, 0, 0, 5, 5); });
+    FailAllocation(-1);
+    EXPECT_TRUE(thrown);
+    EXPECT_EQ(PixelBytes(target), before);
+    EXPECT_EQ(LiveBlocks(), blocks);
+}
+
+TEST(Allocation, CacheStaysAsItWas)
+{
+    const TemporaryFolder folder;
+    const CStdStr<char> name = folder / "a name that is longer than any short string.bmp";
+    ASSERT_TRUE(RandomPicture(3, 3, 24).Save(name.c_str()));
+    const long before = LiveBlocks();
+    {
+        BitmapCache cache;
+        CTarvexDib* image = nullptr;
+        const int allocations = FailEach([] {},
+                                         [&]
+                                         {
+                                             image = nullptr;
+                                             Throws<std::bad_alloc>([&] { image = cache.getBitmap(name); });
+                                         },
+                                         [&](int failed)
+                                         {
+                                             EXPECT_EQ(image, nullptr) << failed;
+                                             EXPECT_FALSE(cache.releaseBitmap(name)) << failed;
+                                         });
+        EXPECT_GE(allocations, 6);
+        EXPECT_NE(image, nullptr);
+
+        // A hit allocates nothing beyond the name that the caller hands over.
+        FailAllocation(1);
+        EXPECT_EQ(cache.getBitmap(name), image);
+        FailAllocation(-1);
+    }
+    EXPECT_EQ(LiveBlocks(), before);
+}

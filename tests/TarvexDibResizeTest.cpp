@@ -1,0 +1,209 @@
+#include "Pictures.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <type_traits>
+
+using namespace test;
+using Method = CTarvexDib::InterpolMethod;
+
+namespace
+{
+
+// The samplers as they are defined, one pixel and one channel at a time.
+
+double Spline(double t)
+{
+    const double u = 2.0 - t;
+    return t <= 1.0 ? 0.5 * t * t * t - t * t + 0.6666666666666666 : u * u * u * 0.16666666666666666;
+}
+
+// The pixel that tap k reads around pixel i.
+int TapIndex(int length, int i, int k)
+{
+    constexpr int table[4][4] = {{0, 0, 1, 2}, {-1, 0, 1, 2}, {-1, 0, 1, 1}, {-1, 0, 0, 0}};
+    const int tapClass = (i > length - 3) + (i > length - 2) + (i > 0);
+    return std::clamp(i + table[tapClass][k], 0, length - 1); // the limits matter for one and two pixels only
+}
+
+int Sample(const CTarvexDib& dib, int method, double x, double y, int c)
+{
+    const auto pixel = [&](int column, int row) { return dib.GetPixelFast(column, row)[c]; };
+    const int lastX = dib.Width() - 1, lastY = dib.Height() - 1;
+    if (method == 0)
+        return pixel(std::min(static_cast<int>(x + 0.5), lastX), std::min(static_cast<int>(y + 0.5), lastY));
+
+    const int ix = static_cast<int>(x), iy = static_cast<int>(y);
+    if (method == 1)
+    {
+        const double fx = x - ix, fy = y - iy, w11 = fx * fy;
+        const int right = std::min(ix + 1, lastX), below = std::min(iy + 1, lastY);
+        return static_cast<int>(pixel(ix, iy) * (1 - fx - fy + w11) + pixel(right, below) * w11 +
+                                pixel(ix, below) * (fy - w11) + pixel(right, iy) * (fx - w11) + 0.5);
+    }
+    double sum = 0;
+    for (int j = 0; j < 4; ++j)
+        for (int k = 0; k < 4; ++k)
+        {
+            const double weight = Spline(std::fabs(j - (y - iy + 1))) * Spline(std::fabs(k - (x - ix + 1)));
+            sum += pixel(TapIndex(dib.Width(), ix, k), TapIndex(dib.Height(), iy, j)) * weight;
+        }
+    return static_cast<int>(sum + 0.5);
+}
+
+// The whole pixel array of `to` after a resize.
+Bytes Resized(const CTarvexDib& to, const CTarvexDib& from, int method)
+{
+    Bytes bytes = PixelBytes(to);
+    const double stepX = static_cast<double>(from.Width()) / to.Width();
+    const double stepY = static_cast<double>(from.Height()) / to.Height();
+    double y = 0;
+    for (int row = 0; row < to.Height(); ++row, y += stepY)
+        for (int i = 0; i < to.Width(); ++i)
+            for (int c = 0; c < std::min(to.PixelSize(), from.PixelSize()); ++c)
+                bytes[static_cast<std::size_t>(to.GetPixelFast(i, row) - to.GetScanLine(0) + c)] =
+                    static_cast<unsigned char>(Sample(from, method, i * stepX, y, c));
+    return bytes;
+}
+
+// One row of grey pixels, as blue values there and back.
+CTarvexDib GreyRows(const std::vector<int>& values, int height, int bits)
+{
+    CTarvexDib dib;
+    dib.Create(static_cast<int>(values.size()), height, bits);
+    for (int y = 0; y < height; ++y)
+        for (std::size_t x = 0; x < values.size(); ++x)
+            std::fill_n(dib.GetPixelFast(static_cast<int>(x), y), dib.PixelSize(),
+                        static_cast<unsigned char>(values[x]));
+    return dib;
+}
+
+std::vector<int> ResizedRow(CTarvexDib source, int width, Method method)
+{
+    CTarvexDib dib;
+    dib.Create(width, source.Height(), source.BitCount());
+    dib.SetupInterpolMethod(method);
+    EXPECT_TRUE(dib.Resize(source));
+    std::vector<int> values;
+    for (int x = 0; x < width; ++x)
+        values.push_back(*dib.GetPixelFast(x, source.Height() / 2));
+    return values;
+}
+
+struct Probe : CTarvexDib
+{
+    using CTarvexDib::m_sampler;
+    template <typename F>
+    static auto Is(F member)
+    {
+        return static_cast<decltype(m_sampler)>(member);
+    }
+    static auto Nearest() { return Is(&Probe::NearestNeighbour); }
+    static auto LinearQuad() { return Is(&Probe::BiLinearQuad); }
+    static auto Cubic3() { return Is(&Probe::CubicTriple); }
+    void Cross(double x, double y, unsigned char* out) const
+    {
+        std::fill_n(out, 4, static_cast<unsigned char>(x + 10 * y));
+    }
+};
+
+} // namespace
+
+TEST(TarvexDibResize, ValuesWorkedOutByHand)
+{
+    using Row = std::vector<int>;
+    for (const int bits : {24, 32})
+    {
+        const CTarvexDib pair = GreyRows({0, 100}, 1, bits), peak = GreyRows({0, 0, 60, 0, 0}, 3, bits);
+        EXPECT_EQ(ResizedRow(pair, 4, CTarvexDib::InterpolBiLinear), (Row{0, 50, 100, 100}));
+        EXPECT_EQ(ResizedRow(pair, 4, CTarvexDib::InterpolNearest), (Row{0, 100, 100, 100}));
+        EXPECT_EQ(ResizedRow(pair, 6, CTarvexDib::InterpolNearest), (Row{0, 0, 100, 100, 100, 100}));
+        EXPECT_EQ(ResizedRow(peak, 5, CTarvexDib::InterpolCubic), (Row{0, 10, 40, 10, 0}));
+        EXPECT_EQ(ResizedRow(peak, 5, CTarvexDib::InterpolBiLinear), (Row{0, 0, 60, 0, 0}));
+        EXPECT_EQ(ResizedRow(GreyRows({9, 9}, 2, bits), 7, CTarvexDib::InterpolCubic), Row(7, 9));
+    }
+}
+
+TEST(TarvexDibResize, EqualsTheDefinitionEverywhere)
+{
+    std::vector<std::pair<int, int>> scales = {{1, 1}, {1, 40}, {40, 1}, {2, 5}, {2, 2},  {3, 3},
+                                               {7, 7}, {8, 16}, {8, 24}, {8, 4}, {16, 4}, {5, 40}};
+    for (int i = 0; i < 60; ++i)
+        scales.emplace_back(RandomInt(1, 40), RandomInt(1, 40));
+    for (const auto& [from, to] : scales)
+        for (int mix = 0; mix < 4; ++mix)
+            for (int method = 0; method < 3; ++method)
+            {
+                CTarvexDib source = RandomPicture(from, RandomInt(1, 9), mix & 1 ? 24 : 32);
+                if (to % 3 == 0) // few values make ties
+                    for (int i = 0; i < source.BytesPerScanLine() * source.Height(); ++i)
+                        source.GetScanLine(0)[i] = source.GetScanLine(0)[i] & 1 ? 255 : 0;
+                CTarvexDib dib = RandomPicture(to, RandomInt(1, 20), mix & 2 ? 24 : 32);
+                dib.SetupInterpolMethod(static_cast<Method>(method));
+                const Bytes expected = Resized(dib, source, method);
+                ASSERT_TRUE(dib.Resize(source));
+                ASSERT_EQ(PixelBytes(dib), expected)
+                    << source.Width() << " x " << source.Height() << " of " << source.BitCount()
+                    << " bits to " << dib.Width() << " x " << dib.Height() << " of " << dib.BitCount()
+                    << ", method " << method;
+                EXPECT_EQ(source.GetInterpolMethod(), method);
+            }
+}
+
+TEST(TarvexDibResize, MethodsFitTheDepth)
+{
+    Probe dib;
+    EXPECT_EQ(dib.m_sampler, Probe::Nearest());
+    dib.SetupInterpolMethod(CTarvexDib::InterpolCubic);
+    EXPECT_EQ(dib.GetInterpolMethod(), CTarvexDib::InterpolNearest);
+    ASSERT_TRUE(dib.Create(1, 1, 8));
+    dib.SetupInterpolMethod(CTarvexDib::InterpolCubic);
+    EXPECT_EQ(dib.GetInterpolMethod(), CTarvexDib::InterpolNearest);
+    ASSERT_TRUE(dib.Create(1, 1, 32));
+    dib.SetupInterpolMethod(CTarvexDib::InterpolBiLinear);
+    EXPECT_EQ(dib.m_sampler, Probe::LinearQuad());
+    ASSERT_TRUE(dib.Create(1, 1, 24));
+    dib.SetupInterpolMethod(CTarvexDib::InterpolCubic);
+    EXPECT_EQ(dib.m_sampler, Probe::Cubic3());
+    dib.SetupInterpolMethod(static_cast<Method>(5));
+    EXPECT_EQ(dib.GetInterpolMethod(), 5);
+    EXPECT_EQ(dib.m_sampler, Probe::Cubic3());
+    EXPECT_EQ(Probe(dib).m_sampler, Probe::Nearest());
+}
+
+TEST(TarvexDibResize, SamplersThatStayedFromBeforeAreSafe)
+{
+    Probe source; // a four-byte sampler on three-byte pixels, in a picture without padding
+    ASSERT_TRUE(source.Create(4, 4, 32));
+    source.SetupInterpolMethod(CTarvexDib::InterpolBiLinear);
+    ASSERT_TRUE(source.Create(4, 4, 24));
+    std::fill_n(source.GetScanLine(0), 48, static_cast<unsigned char>(9));
+    CTarvexDib dib;
+    ASSERT_TRUE(dib.Create(2, 1, 32));
+    dib.SetupInterpolMethod(static_cast<Method>(5));
+    ASSERT_TRUE(dib.Resize(source));
+    EXPECT_EQ(PixelBytes(dib), (Bytes{9, 9, 9, 255, 9, 9, 9, 255}));
+
+    source.m_sampler = static_cast<decltype(source.m_sampler)>(&Probe::Cross); // one of a derived class
+    ASSERT_TRUE(dib.Create(2, 2, 32));
+    dib.SetupInterpolMethod(static_cast<Method>(5));
+    ASSERT_TRUE(dib.Resize(source));
+    EXPECT_EQ(PixelBytes(dib), (Bytes{20, 20, 20, 255, 22, 22, 22, 255, 0, 0, 0, 255, 2, 2, 2, 255}));
+}
+
+TEST(TarvexDibResize, RefusalsTouchNeitherImage)
+{
+    CTarvexDib colour = RandomPicture(3, 3, 32), palette = RandomPicture(3, 3, 8), empty, flat;
+    ASSERT_TRUE(flat.Create(0, 3, 24));
+    colour.SetupInterpolMethod(CTarvexDib::InterpolCubic);
+    const Bytes before = PixelBytes(colour);
+    for (CTarvexDib* source : {&colour, &palette, &empty, &flat})
+        EXPECT_FALSE(colour.Resize(*source));
+    EXPECT_EQ(PixelBytes(colour), before);
+    EXPECT_EQ(flat.GetInterpolMethod(), CTarvexDib::InterpolNearest);
+    EXPECT_FALSE(palette.Resize(colour));
+    EXPECT_FALSE(empty.Resize(colour));
+    EXPECT_EQ(colour.GetInterpolMethod(), CTarvexDib::InterpolCubic);
+    EXPECT_TRUE(flat.Resize(colour)); // nothing to fill, but the source takes the method
+    EXPECT_EQ(colour.GetInterpolMethod(), CTarvexDib::InterpolNearest);
+}
