@@ -95,7 +95,10 @@ CTarvexDib::CTarvexDib(const CTarvexDib& src) : m_interpolMethod(src.m_interpolM
         throw CopyError(kHeaderBlockLine);
     Block bits = Allocate(std::int64_t{src.m_imageSize});
     if (bits == nullptr)
+    {
+        header.reset(); // the error's texts need memory
         throw CopyError(kPixelArrayLine);
+    }
     HoldCopy(src, header.release(), bits.release());
 }
 
@@ -414,7 +417,7 @@ bool CTarvexDib::ReplaceTable(const tagRGBQUAD* colors, int count)
     std::int64_t readable = count;
     const tagRGBQUAD* ownTable = GetColorTable();
     const tagRGBQUAD* ownEnd = ownTable + TableEntries();
-    if (std::greater_equal<>()(colors, ownTable) && std::less_equal<>()(colors, ownEnd))
+    if (colors == ownTable || (std::greater<>()(colors, ownTable) && std::less<>()(colors, ownEnd)))
         readable = std::min<std::int64_t>(count, ownEnd - colors);
 
     std::memset(block.get(), 0, static_cast<std::size_t>(headerBytes));
@@ -456,13 +459,16 @@ bool CTarvexDib::ReadStream(std::FILE* stream)
     if (m_imageSize == 0)
         return false;
 
+    // A file without any pixel is refused before its claim is paid for.
+    const int firstByte = std::fgetc(stream);
+    if (firstByte == EOF)
+        return false;
     const auto imageBytes = static_cast<std::size_t>(m_imageSize);
     Block bits = Allocate(imageBytes);
     if (bits == nullptr)
         return false;
-    const std::size_t filled = std::fread(bits.get(), 1, imageBytes, stream);
-    if (filled == 0)
-        return false;
+    bits[0] = static_cast<unsigned char>(firstByte);
+    const std::size_t filled = 1 + std::fread(bits.get() + 1, 1, imageBytes - 1, stream);
     std::memset(bits.get() + filled, 0, imageBytes - filled);
     m_bits = bits.release();
     return true;

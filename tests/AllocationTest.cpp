@@ -175,6 +175,11 @@ TEST(Allocation, CacheStaysAsItWas)
         EXPECT_GE(allocations, 6);
         EXPECT_NE(image, nullptr);
 
+        const long held = LiveBlocks();
+        EXPECT_TRUE(cache.releaseBitmap(image));
+        EXPECT_LT(LiveBlocks(), held - 3); // entry, image and its two blocks at least
+        image = cache.getBitmap(name);
+
         // A hit allocates nothing beyond the name that the caller hands over.
         FailAllocation(1);
         EXPECT_EQ(cache.getBitmap(name), image);

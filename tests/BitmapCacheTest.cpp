@@ -49,14 +49,17 @@ TEST_F(BitmapCacheTest, OneImageIsSharedUntilItsLastRelease)
 TEST_F(BitmapCacheTest, NamesAreKeysAsTheyArePassed)
 {
     Write(m_map, 3);
-    const std::string sameFile = m_folder / "./map.bmp";
-    CTarvexDib* const one = m_cache.getBitmap(m_map);
-    CTarvexDib* const other = m_cache.getBitmap(sameFile);
-    ASSERT_TRUE(one != nullptr && other != nullptr);
-    EXPECT_NE(one, other);
-    EXPECT_TRUE(m_cache.releaseBitmap(one));
-    EXPECT_FALSE(m_cache.releaseBitmap(m_map));
-    EXPECT_TRUE(m_cache.releaseBitmap(sameFile));
+    for (const std::string& otherName : {m_folder / "./map.bmp", m_folder / "MAP.bmp"})
+    {
+        Write(otherName, 3);
+        CTarvexDib* const one = m_cache.getBitmap(m_map);
+        CTarvexDib* const other = m_cache.getBitmap(otherName);
+        ASSERT_TRUE(one != nullptr && other != nullptr);
+        EXPECT_NE(one, other);
+        EXPECT_TRUE(m_cache.releaseBitmap(one));
+        EXPECT_FALSE(m_cache.releaseBitmap(m_map));
+        EXPECT_TRUE(m_cache.releaseBitmap(otherName));
+    }
 }
 
 TEST_F(BitmapCacheTest, StrangersAreRefused)

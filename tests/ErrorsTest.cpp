@@ -14,9 +14,17 @@ TEST(Errors, KeepTheirArgumentsInPlace)
     EXPECT_EQ(parameter.getLine(), -5);
 
     const MemberError member("T1", "T2", "T3", "T4", 5);
+    EXPECT_EQ(member.getMethode(), "T1");
     EXPECT_EQ(member.getMsg(), "T2");
     EXPECT_EQ(member.getMember(), "T3");
     EXPECT_EQ(member.getFile(), "T4");
+    EXPECT_EQ(member.getLine(), 5);
+
+    const EOutOfBounds bounds("T1", "T2", "T3", 6UL);
+    EXPECT_EQ(bounds.getMethode(), "T1");
+    EXPECT_EQ(bounds.getMsg(), "T2");
+    EXPECT_EQ(bounds.getFile(), "T3");
+    EXPECT_EQ(bounds.getLine(), 6UL);
 
     const EConstruction construction("T1", "T2", "T3", "T4", 4000000000UL);
     EXPECT_EQ(construction.getMethode(), "T1");
@@ -96,7 +104,12 @@ TEST(Errors, FileAccessNamesItsCodes)
     const char* const texts[] = {"path not found", "file not found", "file empty", "invalid file format",
                                  "file write protected"};
     for (int code = 0; code < 5; ++code)
-        EXPECT_EQ(EFileAccess(static_cast<EFileAccess::ERROR_CODE>(code)).getErrorText(), texts[code]);
+    {
+        const EFileAccess error(static_cast<EFileAccess::ERROR_CODE>(code));
+        EXPECT_EQ(error.getErrorText(), texts[code]);
+        EXPECT_EQ(error.getErrorCode(), code);
+        EXPECT_EQ(&error.getErrorCode(), &error.getErrorCode()); // the field, not a copy
+    }
     for (const int code : {5, -1, -2147483647 - 1, 2147483647})
         EXPECT_EQ(EFileAccess(static_cast<EFileAccess::ERROR_CODE>(code)).getErrorText(), "unknown error");
 }

@@ -16,6 +16,10 @@ TEST(StdStr, NullAndResourceIdentifiersAreEmptyTexts)
     EXPECT_EQ(text, "road");
     EXPECT_EQ(text.Find(null), -1);
     EXPECT_GT(text.Compare(null), 0);
+    text += " to ";
+    text += Str("hell");
+    text += 'o';
+    EXPECT_EQ(text, "road to hello");
     text = null;
     EXPECT_TRUE(text.empty());
 }
@@ -67,8 +71,8 @@ TEST(StdStr, FindsAndCuts)
 
 TEST(StdStr, TrimsWhiteSpaceAtEitherEnd)
 {
-    EXPECT_EQ(Str(" \t\r\n\v\fa b \xE4 ").TrimLeft(), "a b \xE4 ");
-    EXPECT_EQ(Str(" a b \t\r\n\v\f").TrimRight(), " a b");
+    EXPECT_EQ(Str(" \t\r\n\v\f\xE4 b ").TrimLeft(), "\xE4 b ");
+    EXPECT_EQ(Str(" a \xE4 \t\r\n\v\f").TrimRight(), " a \xE4");
     EXPECT_EQ(Str(" \t ").TrimLeft(), "");
     EXPECT_EQ(Str(" \t ").TrimRight(), "");
 }

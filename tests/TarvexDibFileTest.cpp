@@ -54,6 +54,7 @@ TEST(TarvexDibFile, SavesTheBytesOfTheFormat)
     ASSERT_TRUE(dib.Save((folder / "a.bmp").c_str()));
     const Bytes palette = ReadFile(folder / "a.bmp");
     EXPECT_EQ(palette.size(), 1082U);
+    EXPECT_EQ(palette[2] | palette[3] << 8, 1082);
     EXPECT_EQ(palette[10] | palette[11] << 8, 1078);
     EXPECT_EQ(palette[46] | palette[47] << 8, 256);
 }
@@ -65,7 +66,9 @@ TEST(TarvexDibFile, EveryDepthComesBackFromBothForms)
         {
             SCOPED_TRACE(testing::Message() << width << " pixels of " << bits << " bits");
             const int table = bits <= 8 ? RandomInt(1, 1 << bits) : 0;
-            const Bytes packed = RandomPacked(width, 3, bits, table, table);
+            Bytes packed = RandomPacked(width, 3, bits, table, table);
+            Put(packed, 20,
+                static_cast<std::uint32_t>(RandomInt(0, 2) - 1)); // the image size is never believed
             CTarvexDib dib, fromFile;
             ASSERT_TRUE(LoadPacked(dib, packed));
             EXPECT_EQ(Packed(dib), packed);
@@ -99,9 +102,28 @@ TEST(TarvexDibFile, ColorCountOfZeroMeansAFullTableInMemoryOnly)
         assigned = copy;
         ASSERT_TRUE(assigned.ChangeToTrueColor(false) && dib.ChangeToTrueColor(false));
         EXPECT_EQ(PixelBytes(assigned), PixelBytes(dib));
+        const TemporaryFolder folder;
+        ASSERT_TRUE(copy.Save((folder / "a.bmp").c_str())); // without its table
+        EXPECT_EQ(ReadFile(folder / "a.bmp").size(), 14U + packed.size() - 4U * static_cast<unsigned>(full));
         ASSERT_TRUE(copy.SetColorTable(copy.GetColorTable(), full));
         Put(packed, 32, static_cast<std::uint32_t>(full));
         EXPECT_EQ(Packed(copy), packed);
+    }
+    // A block that ends in the middle of a colour, or has none: what is missing is black.
+    for (std::size_t extra = 0; extra < 8; ++extra)
+    {
+        Bytes file = FileAround(RandomPacked(4, 1, 8, 0, 0), 0);
+        Put(file, 10, static_cast<std::uint32_t>(54 + extra));
+        file.insert(file.begin() + 54, extra, 77);
+        file[54 + extra] = 1; // the first pixel names the second colour
+        CTarvexDib dib;
+        ASSERT_TRUE(LoadBytes(dib, file));
+        CTarvexDib trueColor(dib);
+        ASSERT_TRUE(trueColor.ChangeToTrueColor(false));
+        EXPECT_EQ(*trueColor.GetPixelFast(0, 0), 0) << extra;
+        ASSERT_TRUE(dib.SetColorTable(dib.GetColorTable(), 256));
+        EXPECT_EQ(dib.GetColorTable()[0].rgbBlue, extra >= 4 ? 77 : 0) << extra;
+        EXPECT_EQ(dib.GetColorTable()[255].rgbBlue, 0);
     }
     CTarvexDib dib; // above 8 bits memory knows no table, a file does
     ASSERT_TRUE(LoadPacked(dib, RandomPacked(2, 2, 24, 5, 0)));
@@ -124,26 +146,27 @@ TEST(TarvexDibFile, MemoryFormRefuses)
         std::uint32_t value;
         std::size_t length;
         After after;
-    } cases[] = {{"core header", 0, 12, 90, Unchanged},
-                 {"later header", 0, 108, 90, Unchanged},
-                 {"run lengths", 16, 1, 90, Emptied},
-                 {"bit fields", 16, 3, 90, Emptied},
+    } cases[] = {{"core header", 0, 12, 200, Unchanged},
+                 {"later header", 0, 108, 200, Unchanged},
+                 {"run lengths", 16, 1, 200, Emptied},
+                 {"bit fields", 16, 3, 200, Emptied},
                  {"compressed, cut", 16, 0x01000000, 20, Emptied},
-                 {"top-down", 8, 0xFFFFFFFF, 90, Unchanged},
-                 {"negative width", 4, 0x80000000, 90, Unchanged},
-                 {"strange depth", 14, 2, 90, Unchanged},
-                 {"depth 0", 14, 0, 90, Unchanged},
-                 {"depth 64", 14, 64, 90, Unchanged},
-                 {"table beyond the buffer", 32, 15, 90, Unchanged},
-                 {"table beyond 32 bits", 32, 0x40000001, 90, Unchanged},
-                 {"table that wraps to nothing", 32, 0x3FFFFFFF, 90, Unchanged},
-                 {"picture of 2^31 bytes", 4, 0x7FFFFFFF, 90, Unchanged},
-                 {"size that wraps to 0", 8, 0x40000000, 90, Unchanged}};
+                 {"compressed, of no depth", 13, 0x01000000, 200, Emptied},
+                 {"top-down", 8, 0xFFFFFFFF, 200, Unchanged},
+                 {"negative width", 4, 0x80000000, 200, Unchanged},
+                 {"strange depth", 14, 2, 200, Unchanged},
+                 {"depth 0", 14, 0, 200, Unchanged},
+                 {"depth 64", 14, 64, 200, Unchanged},
+                 {"table beyond the buffer", 32, 39, 200, Unchanged},
+                 {"table beyond 32 bits", 32, 0x40000001, 200, Unchanged},
+                 {"table that wraps to nothing", 32, 0x3FFFFFFF, 200, Unchanged},
+                 {"picture of 2^31 bytes", 4, 0x7FFFFFFF, 200, Unchanged},
+                 {"size that wraps to 0", 8, 0x40000000, 200, Unchanged}};
     for (const auto& c : cases)
     {
         SCOPED_TRACE(c.what);
         Bytes packed = RandomPacked(4, 2, 8, 10, 10);
-        packed.resize(90);
+        packed.resize(200);
         Put(packed, c.offset, c.value, c.offset == 14 ? 2 : 4);
         packed.resize(c.length);
         CTarvexDib dib = RandomPicture(3, 3, 24);
@@ -159,7 +182,7 @@ TEST(TarvexDibFile, MemoryFormRefuses)
         EXPECT_FALSE(
             LoadPacked(dib, Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length))));
     EXPECT_FALSE(dib.Load(const_cast<unsigned char*>(whole.data()), -1));
-    EXPECT_FALSE(dib.Load(static_cast<unsigned char*>(nullptr), 90));
+    EXPECT_FALSE(dib.Load(static_cast<unsigned char*>(nullptr), 200));
     EXPECT_EQ(Packed(dib), before);
     EXPECT_TRUE(LoadPacked(dib, whole));
 }
@@ -174,7 +197,9 @@ TEST(TarvexDibFile, StreamFormRefusesAndEmpties)
     } cases[] = {{"no BM", 0, 0x00004142},
                  {"core header", 14, 12},
                  {"later header", 14, 124},
+                 {"run lengths", 30, 1},
                  {"compressed", 30, 2},
+                 {"bit fields", 30, 3},
                  {"top-down", 22, 0xFFFFFFFE},
                  {"no width", 18, 0},
                  {"no height", 22, 0},

@@ -11,13 +11,6 @@ namespace
 constexpr int kMin = std::numeric_limits<int>::min();
 constexpr int kMax = std::numeric_limits<int>::max();
 
-CTarvexDib FromPacked(Bytes packed)
-{
-    CTarvexDib dib;
-    EXPECT_TRUE(dib.Load(packed.data(), static_cast<int>(packed.size())));
-    return dib;
-}
-
 void ExpectBytes(const unsigned char* pixel, const Bytes& bytes)
 {
     EXPECT_EQ(Bytes(pixel, pixel + bytes.size()), bytes);

@@ -49,6 +49,46 @@ TEST(TarvexDib, RowsAreFilledUpToFourBytes)
     }
 }
 
+TEST(TarvexDib, DepthsThatOnlyLoadersMake)
+{
+    const struct
+    {
+        int bits, rowBytes, padding, pixelSize;
+    } cases[] = {{1, 4, 4, 0}, {4, 8, 8, 0}, {16, 20, 2, 2}};
+    for (const auto& c : cases)
+    {
+        const CTarvexDib dib = FromPacked(RandomPacked(9, 2, c.bits, 0, c.bits < 8 ? 1 << c.bits : 0));
+        EXPECT_EQ(dib.BytesPerScanLine(), c.rowBytes);
+        EXPECT_EQ(dib.Padding(), c.padding);
+        EXPECT_EQ(dib.PixelSize(), c.pixelSize);
+    }
+    const CTarvexDib empty;
+    ExpectEmpty(empty);
+    EXPECT_EQ(empty.PixelSize(), 0);
+    EXPECT_EQ(empty.GetInterpolMethod(), CTarvexDib::InterpolNearest);
+}
+
+// Pictures without pixels are pictures still, but assignment takes them for empty ones.
+TEST(TarvexDib, WidthOrHeightOfZero)
+{
+    for (const int width : {0, 3})
+    {
+        CTarvexDib flat;
+        flat.SetupInterpolMethod(CTarvexDib::InterpolNearest);
+        ASSERT_TRUE(flat.Create(width, 3 - width, 24));
+        const Bytes packed = Packed(flat);
+        EXPECT_EQ(packed.size(), 40U);
+        EXPECT_EQ(Packed(CTarvexDib(flat)), packed);
+        EXPECT_EQ(Packed(FromPacked(packed)), packed);
+        const File file(std::tmpfile(), std::fclose);
+        EXPECT_TRUE(flat.Save(file.get()));
+        EXPECT_EQ(std::ftell(file.get()), 54);
+        CTarvexDib assigned = RandomPicture(2, 2, 8);
+        assigned = flat;
+        ExpectEmpty(assigned);
+    }
+}
+
 TEST(TarvexDib, PixelsCountFromTheTopAndRowsFromTheBottom)
 {
     CTarvexDib dib;
@@ -105,6 +145,10 @@ TEST(TarvexDib, CreateRefusesAndLeavesTheImageEmpty)
         EXPECT_EQ(dib.PixelSize(), 3);
         EXPECT_EQ(dib.GetInterpolMethod(), CTarvexDib::InterpolCubic);
     }
+    CTarvexDib dib = RandomPicture(2, 2, 24);
+    dib.SetupInterpolMethod(CTarvexDib::InterpolCubic);
+    EXPECT_TRUE(dib.Create(3, 3, 32) && LoadBytes(dib, FileAround(Packed(dib), 0)));
+    EXPECT_EQ(dib.GetInterpolMethod(), CTarvexDib::InterpolCubic); // it outlives the picture
     CTarvexDib wide; // more than 2^31 bits, less than 2^31 bytes
     EXPECT_TRUE(wide.Create(70000000, 1, 32));
     EXPECT_EQ(wide.BytesPerScanLine(), 280000000);
@@ -135,10 +179,12 @@ TEST(TarvexDib, ColorTableFollowsItsCount)
 
     ASSERT_TRUE(dib.Create(3, 1, 24));
     EXPECT_FALSE(dib.SetColorTable(colors, 0));
-    Bytes nibbles = RandomPacked(3, 1, 4, 0, 16);
-    ASSERT_TRUE(dib.Load(nibbles.data(), static_cast<int>(nibbles.size())));
-    EXPECT_FALSE(dib.SetColorTable(colors, 17));
-    EXPECT_TRUE(dib.SetColorTable(colors, 16));
+    for (const int bits : {1, 4})
+    {
+        dib = FromPacked(RandomPacked(3, 1, bits, 0, 1 << bits));
+        EXPECT_FALSE(dib.SetColorTable(colors, (1 << bits) + 1));
+        EXPECT_TRUE(dib.SetColorTable(colors, 1 << bits));
+    }
 }
 
 TEST(TarvexDib, CopyColorsGrowsTheBlockWhereNeeded)
@@ -154,9 +200,15 @@ TEST(TarvexDib, CopyColorsGrowsTheBlockWhereNeeded)
     EXPECT_EQ(small.GetDibLength(), 1068);
     EXPECT_EQ(small.GetColorTable()[255].rgbGreen, 255);
     EXPECT_EQ(ClrUsed(small), 256);
+
+    ASSERT_TRUE(source.SetColorTable(source.GetColorTable() + 100, 7)); // now there is room enough
+    small.CopyColorsFromDib(source);
+    EXPECT_EQ(small.GetDibLength(), 72);
+    EXPECT_EQ(ClrUsed(small), 7);
+    EXPECT_EQ(small.GetColorTable()[6].rgbGreen, 106);
     small.CopyColorsFromDib(empty);
     EXPECT_EQ(small.GetDibLength(), 44);
-    EXPECT_EQ(ClrUsed(small), 256);
+    EXPECT_EQ(ClrUsed(small), 7);
     empty.CopyColorsFromDib(source);
     ExpectEmpty(empty);
 }

@@ -133,7 +133,7 @@ public:
 
     EFileAccess(ERROR_CODE code);
 
-    ERROR_CODE getErrorCode() const { return m_code; }
+    const ERROR_CODE& getErrorCode() const { return m_code; }
 
     /// "path not found", "file not found", "file empty", "invalid file format", "file write protected";
     /// "unknown error" for any other code.

@@ -4,8 +4,9 @@
 
 #include <string>
 
-/// The string type of the whole interface: a narrow standard string with a few conveniences. Everything that
-/// std::string offers works here too, ordering and comparison (byte by byte) included. Only `char` exists.
+/// The string type of the whole interface: a narrow standard string with a few conveniences. It is made from
+/// a text or from another string; all that std::string does with a string then works here too, ordering and
+/// comparison (byte by byte) included. Only `char` exists.
 template <typename CharT>
 class CStdStr;
 
@@ -23,10 +24,12 @@ public:
 
     /// Null empties the string. `text` may point into this string: the tail from there on is kept.
     CStdStr& operator=(const char* text);
+    using std::string::operator=;
 
     /// Null appends nothing.
     CStdStr& operator+=(const char* text);
     CStdStr& operator+=(const std::string& text);
+    using std::string::operator+=;
 
     /// Less than, equal to or greater than 0 as this string is before, equal to or behind `text`, byte by
     /// byte. Null counts as the empty text.

@@ -19,7 +19,7 @@ ZELUTIL_CONST_RESULTS_BEGIN
 ///   Pixels    addressed with x to the right and y downward from the top row: picture row y is stored row
 ///             Height() - 1 - y. GetScanLine alone counts stored rows.
 ///   Alpha     an opacity: 0 is transparent, 255 opaque.
-///   Limits    width and height are not negative (0 is allowed), and header block and pixel array together
+///   Limits    width and height are not negative (0 is allowed), and header, colours and pixels together
 ///             have at most 2^31 - 1 bytes.
 ///
 /// An image is either empty or holds a picture. It is a value: copies are deep. It has no locks; several
@@ -45,11 +45,12 @@ public:
     CTarvexDib();
 
     /// A deep copy, interpolation method included, colour table in its whole length. Throws MemoryError
-    /// ("Copy Constructor CTarvexDib", "Couldn't allocate memory") where memory runs out.
+    /// ("Copy Constructor CTarvexDib", "Couldn't allocate memory") where memory runs out, or std::bad_alloc
+    /// where there is none left for its texts either.
     CTarvexDib(const CTarvexDib& src);
 
-    /// As the copy constructor, but never throws: this image is left empty where memory runs out. A source
-    /// without pixels empties this image, which then keeps its own interpolation method.
+    /// As the copy constructor, but never throws: this image is left empty where memory runs out. Another
+    /// image without pixels empties this one, which then keeps its own interpolation method.
     CTarvexDib& operator=(const CTarvexDib& src);
 
     ~CTarvexDib();
@@ -70,7 +71,8 @@ public:
     /// Replaces the colour table by a copy of `count` entries; `colors` may be this image's own table. The
     /// header's biClrUsed follows the count; only a count of 0 leaves it, as 0 there would promise a full
     /// table. False for an empty image, one of more than 8 bits, a count below 0 or above 2, 16 or 256 for 1,
-    /// 4 or 8 bits, null with a count above 0, and where memory runs out.
+    /// 4 or 8 bits, null with a count above 0, a table that would exceed the limits, and where memory runs
+    /// out.
     ///
     /// Many BMP files state 0 colours and mean a full table. Such an image reports no colours when it was
     /// loaded from a file, although its pixels find their colours, and Save would leave the table out. This
@@ -125,7 +127,13 @@ public:
     /// \name Files and memory
     /// Uncompressed images with the info header of 40 bytes are taken in, stored bottom row first, and
     /// nothing else is written. A file is a BMP file: a file header of 14 bytes, then the packed form. The
-    /// packed form is header, colour table and pixels in one block. None of these operations throws.
+    /// packed form is header, colour table and pixels in one block. None of these operations throws. Buffers
+    /// lie outside the image.
+    ///
+    /// The header is written as the image holds it. Where its biClrUsed is not the colour count the file does
+    /// not load again: after SetColorTable with a count of 0, and where memory gave more than 8 bits and a
+    /// biClrUsed. In the packed form a table above 8 bits, which only a file can bring, is taken for pixels
+    /// when it comes back.
     /// @{
 
     /// Takes in the packed form. Above 8 bits the pixels start at byte 40; else the table has biClrUsed

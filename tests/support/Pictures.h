@@ -84,6 +84,13 @@ inline Bytes RandomPacked(int width, int height, int bits, int clrUsed, int tabl
     return packed;
 }
 
+inline CTarvexDib FromPacked(Bytes packed)
+{
+    CTarvexDib dib;
+    dib.Load(packed.data(), static_cast<int>(packed.size()));
+    return dib;
+}
+
 /// A BMP file around the packed form; its pixels start behind `table` colours.
 inline Bytes FileAround(const Bytes& packed, int table)
 {

@@ -13,9 +13,17 @@ std::FILE* OpenFile(const char* path, const char* mode)
 
 std::string StringResource(unsigned identifier)
 {
-    char text[4096];
-    const int length = LoadStringA(GetModuleHandleA(nullptr), identifier, text, sizeof text);
-    return std::string(text, static_cast<std::size_t>(length));
+    // The call cuts what does not fit and does not say so.
+    std::string text;
+    std::size_t length = 0;
+    do
+    {
+        text.resize(2 * text.size() + 256);
+        length = static_cast<std::size_t>(
+            LoadStringA(GetModuleHandleA(nullptr), identifier, text.data(), static_cast<int>(text.size())));
+    } while (length == text.size() - 1);
+    text.resize(length);
+    return text;
 }
 
 } // namespace zel
