@@ -52,13 +52,6 @@ CTarvexDib OneBitPicture()
     return dib;
 }
 
-void CountPixels(benchmark::State& state, int width, int height)
-{
-    const double pixels = static_cast<double>(width) * height;
-    state.counters["Mpx/s"] =
-        benchmark::Counter(pixels * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
-}
-
 // One operation on pictures that it owns.
 void Add(const std::string& name, int width, int height, std::function<bool()> operation)
 {
@@ -71,7 +64,9 @@ void Add(const std::string& name, int width, int height, std::function<bool()> o
             benchmark::DoNotOptimize(operation());
             benchmark::ClobberMemory();
         }
-        CountPixels(state, width, height);
+        const double pixels = static_cast<double>(width) * height;
+        state.counters["Mpx/s"] =
+            benchmark::Counter(pixels * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
     };
     benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMicrosecond);
 }

@@ -1,5 +1,5 @@
-# 32-bit x86 Linux on a 64-bit machine (g++-multilib). Doubles are IEEE doubles there only with SSE2 maths.
-set(CMAKE_CXX_FLAGS_INIT "-m32 -msse2 -mfpmath=sse")
+# 32-bit x86 Linux on a 64-bit machine (g++-multilib).
+set(CMAKE_CXX_FLAGS_INIT -m32)
 
 # Some machines refuse 32-bit programs; the user-mode emulator runs them.
 execute_process(COMMAND /lib/ld-linux.so.2 --version RESULT_VARIABLE refused OUTPUT_QUIET ERROR_QUIET)

@@ -64,9 +64,10 @@ bool DrawLight(CTarvexDib& light, int width, int height)
 bool PlaceOverlay(CTarvexDib& layer, CTarvexDib& overlay, int width, int height, int margin)
 {
     CTarvexDib badge;
-    const int size = std::max(height / 3, 1);
-    if (!badge.Create(size * overlay.Width() / overlay.Height(), size, 32) ||
-        !layer.Create(width, height, 32))
+    const int size = height / 3;
+    const double ratio = static_cast<double>(overlay.Width()) / overlay.Height();
+    const int badgeWidth = static_cast<int>(std::clamp(size * ratio, 1.0, static_cast<double>(width)));
+    if (!badge.Create(badgeWidth, size, 32) || !layer.Create(width, height, 32))
         return false;
     badge.SetupInterpolMethod(CTarvexDib::InterpolCubic);
     return badge.Resize(overlay) && layer.AlphaAlpha(0) &&
@@ -103,7 +104,7 @@ void Compose(const char* picturePath, const char* overlayPath, const char* outpu
                 overlay->BitCount());
     Require(overlay->BitCount() == 32, "the overlay must have 32 bits");
 
-    const int border = std::max(height / 40, 2);
+    const int border = std::max(std::min(width, height) / 40, 2);
     const int margin = 2 * border;
     CTarvexDib source(*picture); // the cached image stays as its other holders know it
     CTarvexDib canvas, light, layer, frame, inset;

@@ -325,7 +325,7 @@ bool CTarvexDib::ChangeToTrueColor(bool withAlpha)
     std::memcpy(colors, GetColorTable(), static_cast<std::size_t>(tableEntries) * sizeof(tagRGBQUAD));
 
     unsigned char* to = bits.get();
-    for (int row = 0; row < m_height; ++row, to += rowBytes)
+    for (int row = 0; row < m_height && rowBytes > 0; ++row, to += rowBytes)
     {
         const unsigned char* from = GetScanLine(row);
         if (oldBits <= 8)

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <vector>
+#include <memory>
 
 namespace
 {
@@ -20,6 +20,12 @@ bool SameSize(const CTarvexDib& a, const CTarvexDib& b)
 bool IsTrueColor(const CTarvexDib& dib)
 {
     return dib.BitCount() == 24 || dib.BitCount() == 32;
+}
+
+// No rows where the width is 0, however high the image is.
+int RowsWithPixels(const CTarvexDib& dib)
+{
+    return dib.Width() == 0 ? 0 : dib.Height();
 }
 
 // What the operations with two sources require: true colour and one size.
@@ -40,45 +46,50 @@ int PartOf(float fraction, double whole)
     return static_cast<int>(std::min(static_cast<double>(fraction), 1.0) * whole);
 }
 
+// What `entryOf` gives for each column. std::bad_alloc where memory runs out, on 32 bits too.
+template <typename EntryOf>
+auto ColumnTable(int columns, const EntryOf& entryOf)
+{
+    using Entry = decltype(entryOf(0));
+    auto table = std::make_unique_for_overwrite<Entry[]>(static_cast<std::size_t>(columns));
+    for (int i = 0; i < columns; ++i)
+        table.get()[i] = entryOf(i);
+    return table;
+}
+
 // The roads of Resize: each fills all pixels of `to`, `channels` bytes a pixel, from an image with pixels.
 
 void ResizeNearest(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels)
 {
-    std::vector<int> columns;
-    columns.reserve(static_cast<std::size_t>(to.Width()));
-    for (int i = 0; i < to.Width(); ++i)
-        columns.push_back(zel::NearestTap(i * stepX, from.Width(), from.PixelSize()));
+    const auto columns = ColumnTable(to.Width(), [&](int i)
+                                     { return zel::NearestTap(i * stepX, from.Width(), from.PixelSize()); });
 
     double y = 0.0;
     for (int row = 0; row < to.Height(); ++row, y += stepY)
         zel::GatherRow(to.GetPixelFast(0, row), to.PixelSize(),
-                       from.GetPixelFast(0, zel::NearestTap(y, from.Height(), 1)), columns.data(), to.Width(),
+                       from.GetPixelFast(0, zel::NearestTap(y, from.Height(), 1)), columns.get(), to.Width(),
                        channels);
 }
 
 void ResizeLinear(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels)
 {
-    std::vector<zel::LinearTap> columns;
-    columns.reserve(static_cast<std::size_t>(to.Width()));
-    for (int i = 0; i < to.Width(); ++i)
-        columns.push_back(zel::MakeLinearTap(i * stepX, from.Width(), from.PixelSize()));
+    const auto columns = ColumnTable(
+        to.Width(), [&](int i) { return zel::MakeLinearTap(i * stepX, from.Width(), from.PixelSize()); });
 
     double y = 0.0;
     for (int row = 0; row < to.Height(); ++row, y += stepY)
     {
         const zel::LinearTap tap = zel::MakeLinearTap(y, from.Height(), 1);
         zel::LinearRow(to.GetPixelFast(0, row), to.PixelSize(), from.GetPixelFast(0, tap.offset[0]),
-                       from.GetPixelFast(0, tap.offset[1]), tap.fraction, columns.data(), to.Width(),
+                       from.GetPixelFast(0, tap.offset[1]), tap.fraction, columns.get(), to.Width(),
                        channels);
     }
 }
 
 void ResizeCubic(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels)
 {
-    std::vector<zel::CubicTap> columns;
-    columns.reserve(static_cast<std::size_t>(to.Width()));
-    for (int i = 0; i < to.Width(); ++i)
-        columns.push_back(zel::MakeCubicTap(i * stepX, from.Width(), from.PixelSize()));
+    const auto columns = ColumnTable(
+        to.Width(), [&](int i) { return zel::MakeCubicTap(i * stepX, from.Width(), from.PixelSize()); });
 
     double y = 0.0;
     for (int row = 0; row < to.Height(); ++row, y += stepY)
@@ -87,7 +98,7 @@ void ResizeCubic(const CTarvexDib& to, const CTarvexDib& from, double stepX, dou
         const unsigned char* const rows[4] = {
             from.GetPixelFast(0, tap.offset[0]), from.GetPixelFast(0, tap.offset[1]),
             from.GetPixelFast(0, tap.offset[2]), from.GetPixelFast(0, tap.offset[3])};
-        zel::CubicRow(to.GetPixelFast(0, row), to.PixelSize(), rows, tap.weight, columns.data(), to.Width(),
+        zel::CubicRow(to.GetPixelFast(0, row), to.PixelSize(), rows, tap.weight, columns.get(), to.Width(),
                       channels);
     }
 }
@@ -113,6 +124,8 @@ bool CopyRegion(const CTarvexDib& to, int destX, int destY, const PixelSource& f
     const int rowEnd = std::min(srcRowEnd, from.height);
     if (count <= 0 || rowEnd <= srcY)
         return true;
+    if (from.bottomRow == nullptr)
+        return false;
 
     const int rows = std::min(rowEnd - srcY, to.Height() - destY);
     const std::int64_t bytes = static_cast<std::int64_t>(count) * to.PixelSize();
@@ -181,7 +194,7 @@ bool CTarvexDib::AlphaBlendPerPixel(const CTarvexDib* const first, const CTarvex
     if (!CanBlend(*this, first, second) || first->BitCount() != 32)
         return false;
 
-    for (int row = 0; row < m_height; ++row)
+    for (int row = 0; row < RowsWithPixels(*this); ++row)
         zel::BlendRowByAlpha(GetScanLine(row), m_pixelSize, first->GetScanLine(row), second->GetScanLine(row),
                              second->m_pixelSize, m_width);
     return true;
@@ -193,7 +206,7 @@ bool CTarvexDib::AlphaBlend(const CTarvexDib* const first, const CTarvexDib* con
     if (!CanBlend(*this, first, second))
         return false;
 
-    for (int row = 0; row < m_height; ++row)
+    for (int row = 0; row < RowsWithPixels(*this); ++row)
         zel::BlendRow(GetScanLine(row), m_pixelSize, first->GetScanLine(row), first->m_pixelSize,
                       second->GetScanLine(row), second->m_pixelSize, alpha, m_width);
     return true;
@@ -206,7 +219,7 @@ bool CTarvexDib::TransparentBlend(const CTarvexDib* const first, const CTarvexDi
         return false;
 
     const unsigned char key[3] = {blue, green, red};
-    for (int row = 0; row < m_height; ++row)
+    for (int row = 0; row < RowsWithPixels(*this); ++row)
         zel::KeyRow(GetScanLine(row), m_pixelSize, first->GetScanLine(row), first->m_pixelSize,
                     second->GetScanLine(row), second->m_pixelSize, key, m_width);
     return true;
@@ -219,7 +232,7 @@ bool CTarvexDib::ShadePerPixel(const CTarvexDib* const first, const CTarvexDib* 
         return false;
 
     const zel::ShadeFactors factors(strength);
-    for (int row = 0; row < m_height; ++row)
+    for (int row = 0; row < RowsWithPixels(*this); ++row)
         zel::ShadeRow(GetScanLine(row), m_pixelSize, first->GetScanLine(row), first->m_pixelSize,
                       second->GetScanLine(row), second->m_pixelSize, factors, m_width);
     return true;
@@ -230,7 +243,7 @@ bool CTarvexDib::SetAlphaPlane(const CTarvexDib* const plane) const
     if (plane == nullptr || BitCount() != 32 || plane->BitCount() != 8 || !SameSize(*this, *plane))
         return false;
 
-    for (int row = 0; row < m_height; ++row)
+    for (int row = 0; row < RowsWithPixels(*this); ++row)
         zel::SetAlphaRow(GetScanLine(row), plane->GetScanLine(row), m_width);
     return true;
 }
@@ -242,7 +255,7 @@ bool CTarvexDib::TransparentAlpha(unsigned char red, unsigned char green, unsign
         return false;
 
     const auto key = static_cast<std::uint32_t>(red << 16 | green << 8 | blue);
-    for (int row = 0; row < m_height; ++row)
+    for (int row = 0; row < RowsWithPixels(*this); ++row)
         zel::KeyAlphaRow(GetScanLine(row), key, opaqueOthers, m_width);
     return true;
 }
@@ -254,7 +267,7 @@ bool CTarvexDib::ColorMix(float red, float green, float blue, float weight)
 
     const int color[3] = {PartOf(blue, 255.0), PartOf(green, 255.0), PartOf(red, 255.0)};
     const int share = PartOf(weight, 256.0);
-    for (int row = 0; row < m_height; ++row)
+    for (int row = 0; row < RowsWithPixels(*this); ++row)
         zel::MixRow(GetScanLine(row), color, share, m_width);
     return true;
 }
@@ -264,7 +277,7 @@ bool CTarvexDib::AlphaAlpha(unsigned char alpha) const
     if (BitCount() != 32)
         return false;
 
-    for (int row = 0; row < m_height; ++row)
+    for (int row = 0; row < RowsWithPixels(*this); ++row)
         zel::FillAlphaRow(GetScanLine(row), alpha, m_width);
     return true;
 }
@@ -285,19 +298,17 @@ bool CTarvexDib::Clone(const CTarvexDib& src, int left, int top, int right, int 
 
     const double stepX = static_cast<double>(right - left) / m_width;
     const double stepY = static_cast<double>(bottom - top) / m_height;
-    std::vector<int> columns;
-    columns.reserve(static_cast<std::size_t>(m_width));
-    for (int i = 0; i < m_width; ++i)
-        columns.push_back((static_cast<int>(i * stepX) + left) * src.m_pixelSize);
+    const auto columns =
+        ColumnTable(m_width, [&](int i) { return (static_cast<int>(i * stepX) + left) * src.m_pixelSize; });
 
     const int channels = std::min(m_pixelSize, src.m_pixelSize);
     double y = top;
-    for (int row = 0; row < m_height; ++row, y += stepY)
+    for (int row = 0; row < RowsWithPixels(*this); ++row, y += stepY)
     {
         // Rounding errors of very many steps could add up to one row too many.
         const int srcRow = std::min(static_cast<int>(y), src.m_height - 1);
         unsigned char* to = GetPixelFast(0, row);
-        zel::GatherRow(to, m_pixelSize, src.GetPixelFast(0, srcRow), columns.data(), m_width, channels);
+        zel::GatherRow(to, m_pixelSize, src.GetPixelFast(0, srcRow), columns.get(), m_width, channels);
         if (channels < m_pixelSize)
             zel::FillAlphaRow(to, 255, m_width);
     }
@@ -318,7 +329,7 @@ bool CTarvexDib::CopyRect(int destX, int destY, unsigned char* const pixels, int
                           int pixelsHeight, int bitCount, int srcX, int srcY, int columns,
                           int srcRowEnd) const
 {
-    if (pixels == nullptr || bitCount < 24 || BitCount() != bitCount)
+    if (bitCount < 24 || BitCount() != bitCount)
         return false;
 
     const PixelSource from = {pixels, std::int64_t{m_pixelSize} * pixelsWidth, pixelsWidth, pixelsHeight};

@@ -152,6 +152,23 @@ TEST(Allocation, TablesOfResizeAndCloneFailBeforeTheFirstPixel)
     EXPECT_EQ(LiveBlocks(), blocks);
 }
 
+TEST(Allocation, BlendingAndCopyingNeedNone)
+{
+    CTarvexDib target = RandomPicture(9, 7, 32);
+    const CTarvexDib source = RandomPicture(9, 7, 32), plane = RandomPicture(9, 7, 8);
+    FailAllocation(0);
+    const bool done = target.AlphaBlendPerPixel(&source, &source) && target.AlphaBlend(&source, &source, 9) &&
+                      target.TransparentBlend(&source, &source, 1, 2, 3) &&
+                      target.ShadePerPixel(&source, &source, 50) && target.SetAlphaPlane(&plane) &&
+                      target.TransparentAlpha(1, 2, 3, true) && target.ColorMix(0.1F, 0.2F, 0.3F, 0.4F) &&
+                      target.AlphaAlpha(3) && target.resetAlpha() &&
+                      target.CopyRect(0, 0, source, 1, 1, 9, 7);
+    const bool failed = AllocationFailed();
+    FailAllocation(-1);
+    EXPECT_TRUE(done);
+    EXPECT_FALSE(failed);
+}
+
 TEST(Allocation, CacheStaysAsItWas)
 {
     const TemporaryFolder folder;

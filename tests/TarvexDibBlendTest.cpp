@@ -89,8 +89,8 @@ CTarvexDib OnePixel(int bits, unsigned char blue, unsigned char green, unsigned 
     return dib;
 }
 
-constexpr int kStrengths[] = {0,   1,   33,   50,   99,   100,   101,
-                              150, -99, -100, -101, 5000, -5000, std::numeric_limits<int>::max()};
+constexpr int kStrengths[] = {0,   1,   33,  50,   70,   95,   99,    100,
+                              101, 150, -99, -100, -101, 5000, -5000, std::numeric_limits<int>::max()};
 
 } // namespace
 
@@ -155,7 +155,9 @@ TEST(TarvexDibBlend, DepthsMixAndSourcesMayBeTheTarget)
             const CTarvexDib first = RandomPicture(width, 3, mix & 1 ? 24 : 32);
             const CTarvexDib second = RandomPicture(width, 3, mix & 2 ? 24 : 32);
             for (int x = 0; x < width; x += 2) // pixels with the key, and one byte off it
-                WriteBytes(first.GetPixelFast(x, 1), {0, 77, static_cast<unsigned char>(x % 3)});
+                WriteBytes(first.GetPixelFast(x, 1),
+                           {static_cast<unsigned char>(x == 2), static_cast<unsigned char>(x == 4 ? 78 : 77),
+                            static_cast<unsigned char>(x != 6)});
             for (const Operation& operation : Operations(77, 40))
             {
                 SCOPED_TRACE(testing::Message() << operation.name << " of " << width << ", mixture " << mix);
@@ -210,6 +212,8 @@ TEST(TarvexDibBlend, AlphaAndColourOfOneImage)
     } cases[] = {
         {"mix", [](auto& t) { return t.ColorMix(0.2F, 0.4F, 0.9F, 0.5F); }, mix(51, 102, 229, 128)},
         {"mix fully", [](auto& t) { return t.ColorMix(1.0F, 0.5F, 0.0F, 1.0F); }, mix(255, 127, 0, 256)},
+        {"mix cut", [](auto& t) { return t.ColorMix(0.999F, 0.999F, 0.999F, 0.999F); },
+         mix(254, 254, 254, 255)},
         {"mix not", [](auto& t) { return t.ColorMix(1.0F, 1.0F, 1.0F, 0.0F); }, mix(0, 0, 0, 0)},
         {"mix confined", [](auto& t) { return t.ColorMix(-3.0F, 7.0F, 0.3F, 2.0F); }, mix(0, 255, 76, 256)},
         {"mix NaN", [nan](auto& t) { return t.ColorMix(nan, 1.0F, nan, 0.75F); }, mix(0, 255, 0, 192)},
@@ -227,7 +231,8 @@ TEST(TarvexDibBlend, AlphaAndColourOfOneImage)
     for (const auto& c : cases)
     {
         SCOPED_TRACE(c.name);
-        CTarvexDib dib = RandomPicture(7, 5, 32), triple = RandomPicture(7, 5, 24), empty;
+        CTarvexDib dib = RandomPicture(7, 5, 32), triple = RandomPicture(7, 5, 24);
+        CTarvexDib palette = RandomPicture(7, 5, 8), empty;
         WriteBytes(dib.GetPixelFast(1, 1), {30, 20, 10, 1, 30, 20, 11, 2, 30, 21, 10, 3, 31, 20, 10, 4});
         const Bytes expected = Expected(dib, dib, dib, c.rule);
         EXPECT_TRUE(c.run(dib));
@@ -236,32 +241,40 @@ TEST(TarvexDibBlend, AlphaAndColourOfOneImage)
         const Bytes before = PixelBytes(triple);
         EXPECT_FALSE(c.run(triple));
         EXPECT_EQ(PixelBytes(triple), before);
+        EXPECT_FALSE(c.run(palette));
         EXPECT_FALSE(c.run(empty));
     }
 }
 
 TEST(TarvexDibBlend, RefusalsWriteNothing)
 {
-    const CTarvexDib good = RandomPicture(4, 3, 32), narrow = RandomPicture(3, 3, 32),
-                     low = RandomPicture(4, 2, 32);
-    const CTarvexDib palette = RandomPicture(4, 3, 8), empty;
-    const CTarvexDib target = RandomPicture(4, 3, 32);
+    const CTarvexDib good = RandomPicture(4, 3, 32), target = RandomPicture(4, 3, 32), empty;
+    std::vector<CTarvexDib> others = {empty, RandomPicture(4, 3, 8),
+                                      FromPacked(RandomPacked(4, 3, 16, 0, 0))};
+    for (const auto& [width, height] : {std::pair(3, 3), {5, 3}, {4, 2}, {4, 4}, {3, 4}, {6, 2}})
+        others.push_back(RandomPicture(width, height, 32));
     const Bytes before = PixelBytes(target);
     for (const Operation& operation : Operations(100, 50))
     {
         SCOPED_TRACE(operation.name);
-        for (const CTarvexDib* bad :
-             {&narrow, &low, &palette, &empty, static_cast<const CTarvexDib*>(nullptr)})
+        for (const CTarvexDib& other : others)
         {
-            EXPECT_FALSE(operation.run(target, bad, &good));
-            EXPECT_FALSE(operation.run(target, &good, bad));
+            EXPECT_FALSE(operation.run(target, &other, &good));
+            EXPECT_FALSE(operation.run(target, &good, &other));
+            EXPECT_FALSE(operation.run(other, &good, &good));
         }
-        EXPECT_FALSE(operation.run(palette, &good, &good));
+        EXPECT_FALSE(operation.run(target, nullptr, &good));
+        EXPECT_FALSE(operation.run(target, &good, nullptr));
         EXPECT_FALSE(operation.run(empty, &empty, &empty));
+        CTarvexDib high; // nothing to do, however many rows
+        ASSERT_TRUE(high.Create(0, 2147483647, 32));
+        EXPECT_TRUE(operation.run(high, &high, &high));
     }
-    for (const CTarvexDib* bad : {&good, &narrow, &empty, static_cast<const CTarvexDib*>(nullptr)})
-        EXPECT_FALSE(target.SetAlphaPlane(bad));
-    const CTarvexDib lowPlane = RandomPicture(4, 2, 8);
-    EXPECT_FALSE(target.SetAlphaPlane(&lowPlane));
+
+    for (const CTarvexDib& plane :
+         {empty, good, RandomPicture(4, 2, 8), RandomPicture(5, 3, 8),
+          FromPacked(RandomPacked(4, 3, 1, 0, 2)), FromPacked(RandomPacked(4, 3, 4, 0, 16))})
+        EXPECT_FALSE(target.SetAlphaPlane(&plane));
+    EXPECT_FALSE(target.SetAlphaPlane(nullptr));
     EXPECT_EQ(PixelBytes(target), before);
 }

@@ -94,7 +94,8 @@ TEST(TarvexDibClone, EqualsTheDefinition)
     for (int round = 0; round < 400; ++round)
     {
         const CTarvexDib source = RandomPicture(RandomInt(1, 20), RandomInt(1, 20), round & 1 ? 24 : 32);
-        const CTarvexDib dib = RandomPicture(RandomInt(0, 25), RandomInt(1, 25), round & 2 ? 24 : 32);
+        const int width = RandomInt(0, 25) + (round % 10 == 0 ? 98 : 0);
+        const CTarvexDib dib = RandomPicture(width, RandomInt(1, 25), round & 2 ? 24 : 32);
         const int left = RandomInt(0, source.Width() - 1), right = RandomInt(left, source.Width());
         const int top = RandomInt(0, source.Height() - 1), bottom = RandomInt(top, source.Height());
         Bytes expected = PixelBytes(dib);
@@ -116,6 +117,15 @@ TEST(TarvexDibClone, EqualsTheDefinition)
         ASSERT_TRUE(dib.Clone(source, left, top, right, bottom));
         ASSERT_EQ(PixelBytes(dib), expected) << "round " << round;
     }
+}
+
+TEST(TarvexDibClone, ColumnsAreCutBeforeTheyAreShifted)
+{
+    const CTarvexDib source = RandomPicture(4, 1, 24), dib = RandomPicture(98, 1, 24);
+    ASSERT_TRUE(dib.Clone(source, 1, 0, 3, 1)); // 49 * (2.0 / 98) is a hair below 1
+    EXPECT_EQ(std::equal(dib.GetPixelFast(49, 0), dib.GetPixelFast(50, 0), source.GetPixelFast(1, 0)),
+              49 * (2.0 / 98) < 1);
+    EXPECT_TRUE(std::equal(dib.GetPixelFast(50, 0), dib.GetPixelFast(51, 0), source.GetPixelFast(2, 0)));
 }
 
 TEST(TarvexDibClone, RefusesRectanglesOutsideTheSource)
@@ -186,12 +196,17 @@ TEST(TarvexDibCopyRect, RefusesOtherDepths)
     const Bytes before = PixelBytes(quad);
     for (const CTarvexDib* source : {&triple, &quad, &palette, &empty})
         EXPECT_FALSE(quad.CopyRect(0, 0, *source, 0, 0, 4, 3));
-    EXPECT_FALSE(palette.CopyRect(0, 0, palette, 0, 0, 4, 3));
+    EXPECT_FALSE(palette.CopyRect(0, 0, RandomPicture(4, 3, 8), 0, 0, 4, 3));
     Bytes raw(48);
     for (const int bits : {0, 8, 24, 33})
         EXPECT_FALSE(quad.CopyRect(0, 0, raw.data(), 4, 3, bits, 0, 0, 4, 3));
     EXPECT_FALSE(palette.CopyRect(0, 0, raw.data(), 4, 3, 8, 0, 0, 4, 3));
     EXPECT_FALSE(quad.CopyRect(0, 0, static_cast<unsigned char*>(nullptr), 4, 3, 32, 0, 0, 4, 3));
     EXPECT_FALSE(quad.CopyRect(0, 0, raw.data(), kMin, 3, 32, 0, 0, 4, 3));
+    EXPECT_TRUE(quad.CopyRect(0, 0, nullptr, 4, 3, 32, 0, 0, 0, 3)); // nothing to copy
     EXPECT_EQ(PixelBytes(quad), before);
+
+    // Its own rows, shifted by a pixel.
+    EXPECT_TRUE(quad.CopyRect(1, 2, quad.GetScanLine(0), 4, 1, 32, 0, 0, 3, 1));
+    EXPECT_TRUE(std::equal(before.begin(), before.begin() + 12, quad.GetScanLine(0) + 4));
 }

@@ -93,6 +93,7 @@ std::vector<int> ResizedRow(CTarvexDib source, int width, Method method)
 struct Probe : CTarvexDib
 {
     using CTarvexDib::m_sampler;
+    void Sample(double x, double y, unsigned char* out) const { (this->*m_sampler)(x, y, out); }
     template <typename F>
     static auto Is(F member)
     {
@@ -126,8 +127,9 @@ TEST(TarvexDibResize, ValuesWorkedOutByHand)
 
 TEST(TarvexDibResize, EqualsTheDefinitionEverywhere)
 {
-    std::vector<std::pair<int, int>> scales = {{1, 1}, {1, 40}, {40, 1}, {2, 5}, {2, 2},  {3, 3},
-                                               {7, 7}, {8, 16}, {8, 24}, {8, 4}, {16, 4}, {5, 40}};
+    std::vector<std::pair<int, int>> scales = {{1, 1},  {1, 40},  {40, 1},  {2, 5},   {2, 2},
+                                               {3, 3},  {15, 22}, {15, 26}, {34, 28}, {7, 7},
+                                               {8, 16}, {8, 24},  {8, 4},   {16, 4},  {5, 40}};
     for (int i = 0; i < 60; ++i)
         scales.emplace_back(RandomInt(1, 40), RandomInt(1, 40));
     for (const auto& [from, to] : scales)
@@ -171,6 +173,26 @@ TEST(TarvexDibResize, MethodsFitTheDepth)
     EXPECT_EQ(Probe(dib).m_sampler, Probe::Nearest());
 }
 
+TEST(TarvexDibResize, SamplersWriteOnePixel)
+{
+    for (const int bits : {8, 24, 32})
+        for (int method = 0; method < (bits == 8 ? 1 : 3); ++method)
+        {
+            Probe dib;
+            static_cast<CTarvexDib&>(dib) = RandomPicture(4, 3, bits);
+            dib.SetupInterpolMethod(static_cast<Method>(method));
+            for (const double x : {0.0, 0.49, 0.5, 1.25, 2.75, 3.0, 3.9})
+                for (const double y : {0.0, 0.49, 0.5, 1.8, 2.9})
+                {
+                    unsigned char out[6] = {1, 2, 3, 4, 5, 6};
+                    dib.Sample(x, y, out);
+                    for (int c = 0; c < 6; ++c)
+                        EXPECT_EQ(out[c], c < dib.PixelSize() ? Sample(dib, method, x, y, c) : c + 1)
+                            << bits << " bits, method " << method << " at " << x << ", " << y;
+                }
+        }
+}
+
 TEST(TarvexDibResize, SamplersThatStayedFromBeforeAreSafe)
 {
     Probe source; // a four-byte sampler on three-byte pixels, in a picture without padding
@@ -184,6 +206,13 @@ TEST(TarvexDibResize, SamplersThatStayedFromBeforeAreSafe)
     ASSERT_TRUE(dib.Resize(source));
     EXPECT_EQ(PixelBytes(dib), (Bytes{9, 9, 9, 255, 9, 9, 9, 255}));
 
+    Probe quad; // and a three-byte one on four-byte pixels
+    ASSERT_TRUE(quad.Create(4, 4, 24));
+    quad.SetupInterpolMethod(CTarvexDib::InterpolCubic);
+    ASSERT_TRUE(quad.Create(4, 4, 32) && quad.AlphaAlpha(7));
+    ASSERT_TRUE(dib.Resize(quad));
+    EXPECT_EQ(PixelBytes(dib), Bytes(8, 255)); // alpha stays
+
     source.m_sampler = static_cast<decltype(source.m_sampler)>(&Probe::Cross); // one of a derived class
     ASSERT_TRUE(dib.Create(2, 2, 32));
     dib.SetupInterpolMethod(static_cast<Method>(5));
@@ -193,17 +222,22 @@ TEST(TarvexDibResize, SamplersThatStayedFromBeforeAreSafe)
 
 TEST(TarvexDibResize, RefusalsTouchNeitherImage)
 {
-    CTarvexDib colour = RandomPicture(3, 3, 32), palette = RandomPicture(3, 3, 8), empty, flat;
-    ASSERT_TRUE(flat.Create(0, 3, 24));
+    CTarvexDib colour = RandomPicture(3, 3, 32), palette = RandomPicture(3, 3, 8), empty, flat, low;
+    CTarvexDib words = FromPacked(RandomPacked(3, 3, 16, 0, 0));
+    ASSERT_TRUE(flat.Create(0, 3, 24) && low.Create(3, 0, 24));
     colour.SetupInterpolMethod(CTarvexDib::InterpolCubic);
     const Bytes before = PixelBytes(colour);
-    for (CTarvexDib* source : {&colour, &palette, &empty, &flat})
+    for (CTarvexDib* source : {&colour, &palette, &words, &empty, &flat, &low})
         EXPECT_FALSE(colour.Resize(*source));
     EXPECT_EQ(PixelBytes(colour), before);
     EXPECT_EQ(flat.GetInterpolMethod(), CTarvexDib::InterpolNearest);
     EXPECT_FALSE(palette.Resize(colour));
+    EXPECT_FALSE(words.Resize(colour));
+    words.SetupInterpolMethod(CTarvexDib::InterpolCubic);
+    EXPECT_EQ(words.GetInterpolMethod(), CTarvexDib::InterpolNearest);
     EXPECT_FALSE(empty.Resize(colour));
     EXPECT_EQ(colour.GetInterpolMethod(), CTarvexDib::InterpolCubic);
     EXPECT_TRUE(flat.Resize(colour)); // nothing to fill, but the source takes the method
     EXPECT_EQ(colour.GetInterpolMethod(), CTarvexDib::InterpolNearest);
+    EXPECT_TRUE(low.Resize(flat));
 }

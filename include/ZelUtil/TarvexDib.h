@@ -178,25 +178,29 @@ public:
 
     /// Fills this image, at its own size, from the whole of `source`, by this image's method.
     ///
-    /// Pixel (i, r) samples the source at x = i * sx, y = r * sy with sx = source width / width and sy =
-    /// source height / height (y by repeated addition): top-left corners meet. All arithmetic is in doubles,
-    /// from left to right as written; a channel is its value + 0.5, truncated.
+    /// Pixel (i, r) samples the source at x = i * sx, y = r * sy with sx = source width / width and
+    /// sy = source height / height (y by repeated addition): top-left corners meet. A channel is its value
+    /// + 0.5, truncated. With ix, iy the integer parts of x, y and fx, fy what is left:
     ///
-    ///   nearest    the pixel at the integer parts of x + 0.5, y + 0.5
-    ///   bilinear   with fx, fy the fractions of x, y and w11 = fx * fy: p00 * (1 - fx - fy + w11) + p11 *
-    ///   w11
-    ///              + p01 * (fy - w11) + p10 * (fx - w11); p10 is the right, p01 the lower neighbour
-    ///   cubic      4 x 4 pixels around the position under the uniform cubic B-spline, rows in the outer sum;
-    ///              it smooths even at equal size
+    ///     nearest   the pixel at the integer parts of x + 0.5, y + 0.5
     ///
-    /// Positions beyond the last column or row (and before the first) repeat the pixels at the edge. 24 and
-    /// 32 bits mix: three bytes of each pixel are then written, and the alpha of this image stays. From 32 to
-    /// 32 bits alpha is a channel like the others.
+    ///     bilinear  p00 * w00 + p11 * w11 + p01 * w01 + p10 * w10, p10 the right, p01 the lower neighbour
+    ///               w11 = fx * fy, w00 = 1 - fx - fy + w11, w10 = fx - w11, w01 = fy - w11
+    ///
+    ///     cubic     the sum over rows j (outer) and columns k of 0 to 3 of
+    ///               p(ix - 1 + k, iy - 1 + j) * (B(|j - (fy + 1)|) * B(|k - (fx + 1)|)),
+    ///               the uniform cubic B-spline, which smooths even at equal size:
+    ///               B(t) = 0.5 * t * t * t - t * t + 2/3 for t <= 1
+    ///               B(t) = u * u * u * (1/6) with u = 2 - t for t > 1
+    ///
+    /// All in doubles, each operation rounded, from left to right as written. Pixels beyond the edge are
+    /// those at the edge. 24 and 32 bits mix: three bytes of each pixel are then written, and the alpha of
+    /// this image stays. From 32 to 32 bits alpha is a channel like the others.
     ///
     /// The source takes this image's method. False, with both images unchanged: `source` is this image,
     /// either has fewer than 24 bits, or this image has pixels and the source has none. An image of width or
-    /// height 0 has nothing to fill and gives true. std::bad_alloc where the tables of a call (some 50 bytes
-    /// per column) cannot be allocated; no pixel is written then.
+    /// height 0 has nothing to fill and gives true. std::bad_alloc where the tables of a call (at most 48
+    /// bytes per column) cannot be allocated; no pixel is written then, but the source has the method.
     bool Resize(CTarvexDib& source) const;
 
     /// @}
@@ -219,17 +223,21 @@ public:
     bool TransparentBlend(const CTarvexDib* const first, const CTarvexDib* const second, unsigned char red,
                           unsigned char green, unsigned char blue) const;
 
-    /// `first` shades `second` by `strength` percent; all are true colour. With s = strength, k = s
-    /// * 7.8125e-5 and f = 1.0 / (s * 0.01 + 1.0), blue, green, red = ((s1 - 128.0) * k + 1.0) * (s2 * f),
-    /// truncated. 0 gives s2, 100 gives s1 * s2 / 256. Outside 0 to 100 the value is kept within 0 to 255;
-    /// what is not a number is 0.
+    /// `first` shades `second` by `strength` percent; all are true colour. Blue, green, red are, truncated,
+    ///
+    ///     ((s1 - 128.0) * k + 1.0) * (s2 * f)
+    ///     k = strength * 7.8125e-5
+    ///     f = 1.0 / (strength * 0.01 + 1.0)
+    ///
+    /// 0 gives s2, 100 gives s1 * s2 / 256. Outside 0 to 100 the value is kept within 0 to 255; what is not a
+    /// number is 0.
     bool ShadePerPixel(const CTarvexDib* const first, const CTarvexDib* const second, int strength) const;
 
     /// Alpha = the byte of `plane`, an 8-bit image whose colours do not matter. The target has 32 bits.
     bool SetAlphaPlane(const CTarvexDib* const plane) const;
 
-    /// Alpha 0 where the pixel has the key colour; elsewhere 255 when `opaqueOthers`, else as it was. 32
-    /// bits.
+    /// Alpha 0 where the pixel of 32 bits has the key colour; elsewhere 255 when `opaqueOthers`, else as it
+    /// was.
     bool TransparentAlpha(unsigned char red, unsigned char green, unsigned char blue,
                           bool opaqueOthers) const;
 
@@ -270,7 +278,8 @@ public:
                   int srcRowEnd) const;
 
     /// The same from raw pixels: `pixelsHeight` rows of `pixelsWidth` pixels, bottom row first, without
-    /// padding, at `bitCount` bits, which is this image's depth. False for null, too.
+    /// padding, at `bitCount` bits, which is this image's depth. Null, where there is something to copy, is
+    /// false too.
     bool CopyRect(int destX, int destY, unsigned char* const pixels, int pixelsWidth, int pixelsHeight,
                   int bitCount, int srcX, int srcY, int columns, int srcRowEnd) const;
 

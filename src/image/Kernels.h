@@ -4,9 +4,9 @@
 
 /// The pixel loops of the image operations, one row a call: pointers, steps and counts, no images.
 ///
-/// A step is the distance from one pixel to the next in bytes, 3 or 4 in true colour. A row of `dst` may be
-/// the row of a source itself, but may not overlap it in part. Nothing is checked here: the operation above
-/// has. Words are little-endian, as on every processor that the library is built for.
+/// A step is the distance from one pixel to the next in bytes, 3 or 4 in true colour. Nothing is checked
+/// here: the operation above has. Words are little-endian, as on every processor that the library is built
+/// for.
 namespace zel
 {
 
@@ -45,6 +45,8 @@ void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows
 
 /// @}
 /// \name Blending
+/// The row `dst` may be the row of a source itself, but may not overlap it in part. Elsewhere it overlaps
+/// none.
 /// @{
 
 /// Blue, green, red of dst = s2 + ((s1 - s2) * alpha of s1 >> 8). s1 has 4-byte pixels.

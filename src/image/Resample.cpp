@@ -1,7 +1,10 @@
 #include "image/Kernels.h"
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
+
+static_assert(FLT_EVAL_METHOD == 0, "results are defined by doubles that are rounded after every operation");
 
 namespace zel
 {
