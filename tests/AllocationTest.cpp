@@ -2,6 +2,7 @@
 #include "Pictures.h"
 
 #include "ZelUtil/BitmapCache.h"
+#include "ZelUtil/PolyApprox.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -203,4 +204,39 @@ TEST(Allocation, CacheStaysAsItWas)
         FailAllocation(-1);
     }
     EXPECT_EQ(LiveBlocks(), before);
+}
+
+TEST(Allocation, FailedFitLeavesTheMappingUnset)
+{
+    ControlPoints points = {{{0, 0}, {4, 0}, {0, 2}, {4, 2}}, {{10, 20}, {18, 24}, {7, 26}, {15, 30}}, 4};
+    CPolyApprox fitted;
+    ASSERT_TRUE(fitted.SetupPolynom(points, 1));
+    const double before = fitted.GetCoefficients().xCoeff[0];
+    const long blocks = LiveBlocks();
+    bool thrown = false;
+    CPolyApprox approx;
+    const auto setup = [&]
+    {
+        thrown = false;
+        try
+        {
+            approx.SetupPolynom(points, 1);
+        }
+        catch (const MemoryError& error)
+        {
+            thrown = error.getMethode() == "CPolyArguments::CPolyArguments" &&
+                     error.getMsg() == "Out of memory" && error.getFile().Find("PolyApprox") >= 0;
+        }
+    };
+    const int allocations = FailEach([&] { approx = fitted; }, setup,
+                                     [&](int failed)
+                                     {
+                                         EXPECT_TRUE(thrown) << failed;
+                                         EXPECT_EQ(approx.Approx({1, 2}).x, 1);
+                                         EXPECT_EQ(approx.GetOrder(), 1);
+                                         EXPECT_EQ(approx.GetCoefficients().xCoeff[0], before);
+                                     });
+    EXPECT_EQ(allocations, 4); // matrix, elements, two right-hand sides
+    EXPECT_FALSE(thrown);
+    EXPECT_EQ(LiveBlocks(), blocks);
 }
