@@ -42,7 +42,10 @@ void Setup(benchmark::State& state)
     CPolyApprox approx;
     for ([[maybe_unused]] auto _ : state)
         if (!approx.SetupPolynom(points, static_cast<int>(state.range(0))))
+        {
             state.SkipWithError("refused");
+            break;
+        }
 }
 
 void Approx(benchmark::State& state)

@@ -10,7 +10,9 @@
 
 #include "ZelUtil/PolyApprox.h"
 
+#include <algorithm>
 #include <cmath>
+
 #include <cstdio>
 #include <fstream>
 #include <iostream>
@@ -49,6 +51,11 @@ bool ParseNumbers(const std::string& line, double* numbers, int count)
         if (!(text >> numbers[i]) || !std::isfinite(numbers[i]))
             return false;
     return (text >> std::ws).eof();
+}
+
+bool IsFinite(const REALPOINT& point)
+{
+    return std::isfinite(point.x) && std::isfinite(point.y);
 }
 
 bool IsBlank(const std::string& line)
@@ -101,6 +108,13 @@ void PrintFit(const CPolyApprox& approx, const ControlPoints& points)
     std::printf("  root mean square %.6f\n", std::sqrt(sum / points.count));
 }
 
+// Whether the fit gives numbers; coordinates that overflow in it do not.
+bool IsUsable(const CPolyApprox& approx, const ControlPoints& points)
+{
+    return std::all_of(points.source, points.source + points.count,
+                       [&](const REALPOINT& p) { return IsFinite(approx.Approx(p)); });
+}
+
 // Gives the fit of the highest order that succeeds.
 CPolyApprox FitAll(const ControlPoints& points)
 {
@@ -108,7 +122,7 @@ CPolyApprox FitAll(const ControlPoints& points)
     for (int order = 1; order <= 3; ++order)
     {
         CPolyApprox approx;
-        if (approx.SetupPolynom(points, order))
+        if (approx.SetupPolynom(points, order) && IsUsable(approx, points))
         {
             PrintFit(approx, points);
             best = approx;
@@ -134,8 +148,13 @@ void MapInput(const CPolyApprox& approx)
         if (!ParseNumbers(line, numbers, 2))
             throw std::runtime_error("standard input, line " + std::to_string(number) + ": not two numbers");
         const REALPOINT mapped = approx.Approx({numbers[0], numbers[1]});
+        if (!IsFinite(mapped))
+            throw std::runtime_error("standard input, line " + std::to_string(number) + ": too far away");
+
         std::printf("%.6f %.6f\n", mapped.x, mapped.y);
     }
+    if (std::cin.bad())
+        throw std::runtime_error("standard input cannot be read");
 }
 
 } // namespace
@@ -163,6 +182,9 @@ int main(int argc, char** argv)
             points = ReadPoints(sample, "sample");
         }
         MapInput(FitAll(points));
+        if (std::fflush(stdout) != 0)
+            throw std::runtime_error("the result cannot be written");
+
         return 0;
     }
     catch (const MemoryError& error)

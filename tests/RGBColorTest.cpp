@@ -44,9 +44,19 @@ TEST(RGBColor, PlacesOfTheChannels)
     color.alpha = 0.3F;
     const tagRGBQUAD back = color;
     EXPECT_TRUE(back.rgbBlue == 255 && back.rgbGreen == 128 && back.rgbRed == 0 && back.rgbReserved == 0);
-    RGBColor assigned;
+    RGBColor assigned(0.1F, 0.2F, 0.3F, 0.4F);
     EXPECT_EQ(&(assigned = back), &assigned);
+    EXPECT_TRUE(assigned == RGBColor(back));
     EXPECT_EQ(assigned.alpha, 1.0F);
+    assigned = color;
+    EXPECT_EQ(assigned.alpha, 0.3F);
+    assigned = 0x00010203L;
+    EXPECT_TRUE(assigned == RGBColor(0x00010203L));
+    EXPECT_EQ(assigned.alpha, 1.0F);
+
+    const RGBColor parts(0.25F, 0.5F, 0.75F, 1.0F); // each accessor has its own
+    EXPECT_TRUE(parts.redByte() == 63 && parts.greenByte() == 127 && parts.blueByte() == 191 &&
+                parts.alphaByte() == 255);
 }
 
 TEST(RGBColor, BytesAreTruncatedAndNeverConfined)
@@ -55,9 +65,10 @@ TEST(RGBColor, BytesAreTruncatedAndNeverConfined)
     {
         float fraction;
         int byte;
-    } cases[] = {{0.5F, 127},  {1.0F, 255}, {0.99999994F, 254}, {1.5F, 126},      {-0.1F, 231},
-                 {-0.001F, 0}, {-0.0F, 0},  {16777216.0F, 0},   {16777215.0F, 1}, {1e9F, 0},
-                 {1e30F, 0},   {-1e30F, 0}, {kInfinity, 0},     {-kInfinity, 0},  {kNan, 0}};
+    } cases[] = {{0.5F, 127},      {1.0F, 255}, {0.99999994F, 254}, {1.5F, 126},      {-0.1F, 231},
+                 {-0.001F, 0},     {-0.0F, 0},  {16777216.0F, 0},   {16777215.0F, 1}, {-16777215.0F, 255},
+                 {1.00784314F, 0}, {1e9F, 0},   {1e30F, 0},         {-1e30F, 0},      {kInfinity, 0},
+                 {-kInfinity, 0},  {kNan, 0}};
     for (const auto& c : cases)
         EXPECT_EQ(RGBColor(c.fraction, 0.0F, 0.0F, 0.0F).redByte(), c.byte) << c.fraction;
 }

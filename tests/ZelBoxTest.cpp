@@ -11,13 +11,14 @@ using Vector = BaseVector<double>;
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 // Other translation units may use the constants while they start.
-const double g_halfTurnAtStart = PI;
+const double g_turnsAtStart = PI + TWO_PI + HALF_PI;
 
 } // namespace
 
 TEST(ZelBox, ConstantsAndAngles)
 {
-    EXPECT_EQ(g_halfTurnAtStart, 4.0 * std::atan(1.0));
+    EXPECT_EQ(PI, 4.0 * std::atan(1.0));
+    EXPECT_EQ(g_turnsAtStart, PI + TWO_PI + HALF_PI);
     EXPECT_EQ(TWO_PI, 8.0 * std::atan(1.0));
     EXPECT_EQ(HALF_PI, 2.0 * std::atan(1.0));
     EXPECT_EQ(SQRT_DBL_MAX, std::sqrt(std::numeric_limits<double>::max()));
@@ -27,6 +28,14 @@ TEST(ZelBox, ConstantsAndAngles)
     EXPECT_EQ(radToDegree(1.0), 57.29577951308239);
     EXPECT_EQ(degreeToRad(180.0), 3.14159265358979);
     EXPECT_EQ(degreeToRad(-90.0), -3.14159265358979 / 2);
+    int others = 0; // the order of the factors shows in some of these
+    for (int i = 1; i < 500; ++i)
+    {
+        EXPECT_EQ(degreeToRad(i), (i * 3.14159265358979) * (1.0 / 180.0));
+        EXPECT_EQ(radToDegree(i), (i * 180.0) * (1.0 / 3.14159265358979));
+        others += degreeToRad(i) != i * (3.14159265358979 * (1.0 / 180.0));
+    }
+    EXPECT_GT(others, 50);
 }
 
 TEST(ZelBox, PointsOnAnEdgeAreOutside)
@@ -56,7 +65,11 @@ TEST(ZelBox, PointsOnAnEdgeAreOutside)
         EXPECT_EQ(deep.containsVector(c.point, false), c.deep);
     }
     EXPECT_FALSE(ZelBox(10, 10, 0, 0).containsVector({5, 5}, true));
-    EXPECT_FALSE(ZelBox().containsVector({}, true));
+    for (const bool ignoreDepth : {true, false})
+        EXPECT_FALSE(ZelBox().containsVector({}, ignoreDepth));
+    ZelBox invalid(deep);
+    invalid.setValid(false); // which does not count
+    EXPECT_TRUE(invalid.containsVector({5, 5, 0}, false));
 }
 
 TEST(ZelBox, ExtentsAndCentre)
@@ -71,21 +84,33 @@ TEST(ZelBox, ExtentsAndCentre)
     EXPECT_EQ(ZelBox(1, 2, 3, 4).getDepth(), 0);
 }
 
+namespace
+{
+
+void ExpectBox(const ZelBox& box, const Vector& lower, const Vector& upper, bool valid)
+{
+    EXPECT_TRUE(box.m_min.x == lower.x && box.m_min.y == lower.y && box.m_min.z == lower.z);
+    EXPECT_TRUE(box.m_max.x == upper.x && box.m_max.y == upper.y && box.m_max.z == upper.z);
+    EXPECT_EQ(box.isValid(), valid);
+}
+
+} // namespace
+
 TEST(ZelBox, CopiesBecomeValidAssignmentsDoNot)
 {
+    ExpectBox(ZelBox(), {}, {}, false);
+    ExpectBox(ZelBox(1, 2, 3, 4), {1, 2, 0}, {3, 4, 0}, true);
+    ExpectBox(ZelBox({1, 2}, {3, 4, 5}), {1, 2, 0}, {3, 4, 5}, true);
     ZelBox invalid(1, 2, 3, 4, 5, 6);
-    EXPECT_TRUE(invalid.isValid());
-    EXPECT_FALSE(ZelBox().isValid());
+    ExpectBox(invalid, {1, 2, 3}, {4, 5, 6}, true);
     invalid.setValid(false);
-    const ZelBox copy(invalid);
-    EXPECT_TRUE(copy.isValid());
-    EXPECT_EQ(copy.getBoxCenter().z, 4.5);
-    ZelBox assigned(copy);
+    ExpectBox(ZelBox(invalid), {1, 2, 3}, {4, 5, 6}, true);
+    ZelBox assigned(7, 8, 9, 10);
     assigned = invalid;
-    EXPECT_FALSE(assigned.isValid());
+    ExpectBox(assigned, {1, 2, 3}, {4, 5, 6}, false);
+    assigned.setZero();
+    ExpectBox(assigned, {}, {}, false);
     assigned.setValid(true);
     assigned.setZero();
-    EXPECT_TRUE(assigned.isValid());
-    EXPECT_TRUE(assigned.m_min.x == 0 && assigned.m_min.z == 0 && assigned.m_max.y == 0 &&
-                assigned.m_max.z == 0);
+    ExpectBox(assigned, {}, {}, true);
 }

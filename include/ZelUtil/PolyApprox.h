@@ -4,6 +4,8 @@
 #include "ZelUtil/Export.h"
 
 #include <cstddef>
+#include <cstdint>
+
 #include <memory>
 #include <new>
 
@@ -37,12 +39,11 @@ class CMatrix
 {
 public:
     CMatrix(int rowCount, int colCount)
-        : data(new double[rowCount > 0 && colCount > 0
-                              ? static_cast<std::size_t>(rowCount) * static_cast<std::size_t>(colCount)
-                              : 0]),
-          rows(rowCount), cols(colCount)
+        : data(new double[ElementCount(rowCount, colCount)]), rows(rowCount), cols(colCount)
     {
     }
+    CMatrix(const CMatrix&) = delete;
+    CMatrix& operator=(const CMatrix&) = delete;
 
     /// Throws BasicError ("CMatrix::operator()", "Index out of bounds") outside 0 to rows - 1, 0 to cols - 1.
     double& operator()(int r, int c)
@@ -54,6 +55,16 @@ public:
     }
 
 private:
+    static std::size_t ElementCount(int rowCount, int colCount)
+    {
+        const std::uint64_t count = rowCount > 0 && colCount > 0 ? static_cast<std::uint64_t>(rowCount) *
+                                                                       static_cast<std::uint64_t>(colCount)
+                                                                 : 0;
+        if (count > SIZE_MAX / sizeof(double))
+            throw std::bad_array_new_length();
+        return static_cast<std::size_t>(count);
+    }
+
     std::unique_ptr<double[]> data; ///< row by row
     int rows;
     int cols;
@@ -78,6 +89,8 @@ public:
             throw MemoryError("CPolyArguments::CPolyArguments", "Out of memory", __FILE__, __LINE__);
         }
     }
+    CPolyArguments(const CPolyArguments&) = delete;
+    CPolyArguments& operator=(const CPolyArguments&) = delete;
 
     std::unique_ptr<CMatrix> matrix;
     std::unique_ptr<double[]> rhsX; ///< for the coefficients of x
@@ -102,7 +115,10 @@ public:
     /// Fits a polynomial of this order, which needs 4, 8 or 12 pairs for order 1, 2 or 3, and at most 20.
     /// False with the object unchanged: another order, another count. False with the object unset: the points
     /// do not determine a polynomial (an exact zero among the pivots; there is no tolerance). Throws
-    /// MemoryError with the object unset. GetOrder and the coefficients change with a successful fit only.
+    /// MemoryError (or std::bad_alloc where there is none left for its texts either) with the object unset.
+    /// Points on a slanting line may pass, as rounding hides the zero, and coordinates that are not finite or
+    /// overflow give coefficients that are not numbers: look at what is left of the points. GetOrder and the
+    /// coefficients change with a successful fit only.
     bool SetupPolynom(const ControlPoints& points, int order);
 
     /// Maps a point: the sums of coefficient * term over the terms in index order, from 0.0 on. Powers are

@@ -49,7 +49,8 @@ private:
 ZELUTIL_CONST_RESULTS_BEGIN
 
 /// \name Bytes as hexadecimal text
-/// `length` counts bytes, 0 to 65535; the text takes 2 * length characters and a terminating zero.
+/// `length` counts bytes, 0 to 65535; the text takes 2 * length characters and a terminating zero. Text and
+/// bytes do not overlap.
 /// @{
 
 /// Two lower-case digits a byte, high half first, from the first byte to the last: 0x01, 0xAB give "01ab".
@@ -61,8 +62,8 @@ ZELUTIL_API void RBinToString(const void* const bytes, unsigned short length, ch
 /// Reads what BinToString writes. Each pair of characters is a text of its own: white space is skipped, a
 /// sign is taken, then come hexadecimal digits of either case up to the first other character. The byte is
 /// the low eight bits of that value (" f" and "f " give 15, "-1" gives 255). Characters behind the last pair
-/// do not count. False, with nothing written, where `text` is null or shorter than 2 * length, or a pair has
-/// no digit in its place.
+/// do not count. False, with nothing written, where `text` is shorter than 2 * length, null counting as
+/// empty, or a pair has no digit in its place.
 ZELUTIL_API const bool StringToBin(const char* const text, void* const bytes, unsigned short length);
 
 /// The same, but the first pair fills the last byte: reads what RBinToString writes.
