@@ -1,3 +1,5 @@
+#include "ProcessObjects.h"
+#include "ZelUtil/INIFileReader.h"
 #include "ZelUtil/ZelBox.h"
 #include "ZelUtil/ZelId.h"
 
@@ -7,10 +9,16 @@
 // Every process-wide object of the library, in the order in which they come to life. They are destroyed in
 // the reverse order. Constants and plain data have their values before any code runs.
 
-const double PI = 3.14159265358979323846;
-const double TWO_PI = PI + PI;
-const double HALF_PI = PI * 0.5;
-const double SQRT_DBL_MAX = 1.3407807929942596e154;
+constexpr double kPi = 3.14159265358979323846;
+constinit const double PI = kPi;
+constinit const double TWO_PI = kPi + kPi;
+constinit const double HALF_PI = kPi * 0.5;
+
+CVar zel::g_variables[zel::kVariableCapacity];
+
+INIFileReader ini;
+
+constinit const double SQRT_DBL_MAX = 1.3407807929942596e154;
 
 unsigned char ZelId::m_unassignedId[16] = {};
 

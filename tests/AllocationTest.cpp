@@ -2,11 +2,14 @@
 #include "Pictures.h"
 
 #include "ZelUtil/BitmapCache.h"
+#include "ZelUtil/CVar.h"
+#include "ZelUtil/INIFileReader.h"
 #include "ZelUtil/PolyApprox.h"
 
 #include <functional>
 #include <gtest/gtest.h>
 #include <new>
+#include <optional>
 
 using namespace test;
 
@@ -239,4 +242,87 @@ TEST(Allocation, FailedFitLeavesTheMappingUnset)
     EXPECT_EQ(allocations, 4); // matrix, elements, two right-hand sides
     EXPECT_FALSE(thrown);
     EXPECT_EQ(LiveBlocks(), blocks);
+}
+
+TEST(Allocation, IniReaderHoldsNoFileAfterAFailure)
+{
+    const TemporaryFolder folder;
+    const CStdStr<char> small = folder / "small.ini", large = folder / "large.ini", section = "a", key = "k";
+    std::string text = "[a]\nk=a value that is longer than short strings are\n";
+    for (int i = 0; i < 4100; ++i) // the index grows twice
+        text += "x=\n";
+    WriteFile(large, Bytes(text.begin(), text.end()));
+    for (const bool indexed : {true, false})
+        for (const bool isFresh : {true, false})
+        {
+            SCOPED_TRACE(testing::Message() << "indexed " << indexed << ", fresh " << isFresh);
+            const long blocks = LiveBlocks();
+            std::optional<INIFileReader> reader;
+            CStdStr<char> result;
+            bool done = false;
+            const int allocations = FailEach(
+                [&]
+                {
+                    reader.emplace();
+                    WriteFile(small, {'[', 'a', ']', '\n', 'k', '=', '1'});
+                    if (!isFresh)
+                        reader->getStringFromIni(small, section, key, &result, indexed, false);
+                    WriteFile(small, {'[', 'a', ']', '\n', 'k', '=', '2'});
+                    result = CStdStr<char>();
+                    result.shrink_to_fit();
+                },
+                [&] { done = reader->getStringFromIni(large, section, key, &result, indexed, false); },
+                [&](int failed)
+                {
+                    EXPECT_FALSE(done) << failed;
+                    EXPECT_TRUE(result.empty()) << failed;
+                    EXPECT_TRUE(reader->getStringFromIni(small, section, key, &result, indexed, false))
+                        << failed;
+                    EXPECT_EQ(result, "2") << failed; // read again
+                });
+            EXPECT_TRUE(done);
+            EXPECT_EQ(result.size(), 45U);
+            // index, text, growth twice, result; or text, file name, result
+            EXPECT_EQ(allocations, indexed ? (isFresh ? 5 : 4) : (isFresh ? 3 : 2));
+            reader.reset();
+            result = CStdStr<char>();
+            result.shrink_to_fit();
+            EXPECT_EQ(LiveBlocks(), blocks);
+        }
+
+    std::optional<INIFileReader> reader;
+    CStdStr<char> name;
+    bool done = false;
+    const int allocations = FailEach(
+        [&]
+        {
+            reader.emplace();
+            name = "as it was";
+        },
+        [&] { done = reader->getFirstSectionName(small, name); },
+        [&](int)
+        {
+            EXPECT_FALSE(done);
+            EXPECT_EQ(name, "as it was");
+            EXPECT_TRUE(reader->getFirstSectionName(small, name));
+        });
+    EXPECT_TRUE(done);
+    EXPECT_EQ(allocations, 1);
+}
+
+TEST(Allocation, VariableIsMadeWholeOrNotAtAll)
+{
+    const char* const name = "a name that is longer than short strings are";
+    CVar* variable = nullptr;
+    const int allocations =
+        FailEach([] {}, [&] { variable = CVar_Get(name, "1.5 and a long text behind it", 1); },
+                 [&](int failed)
+                 {
+                     EXPECT_EQ(variable, nullptr) << failed;
+                     EXPECT_EQ(CVar_GetNb(), 0U) << failed;
+                 });
+    EXPECT_GE(allocations, 1);
+    ASSERT_NE(variable, nullptr);
+    EXPECT_EQ(variable->name, name);
+    EXPECT_EQ(CVar_Get(name, nullptr, 0), variable);
 }

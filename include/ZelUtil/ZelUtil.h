@@ -3,8 +3,10 @@
 /// The whole interface.
 
 #include "ZelUtil/BitmapCache.h"
+#include "ZelUtil/CVar.h"
 #include "ZelUtil/Errors.h"
 #include "ZelUtil/Export.h"
+#include "ZelUtil/INIFileReader.h"
 #include "ZelUtil/PolyApprox.h"
 #include "ZelUtil/RGBColor.h"
 #include "ZelUtil/StdStr.h"

@@ -1,7 +1,14 @@
 #include "FailingAllocator.h"
 
-#include <cstdlib>
+#include <cstddef>
 #include <new>
+
+extern "C"
+{
+    void* __real_malloc(std::size_t bytes);
+    void* __real_calloc(std::size_t count, std::size_t bytes);
+    void __real_free(void* block);
+}
 
 namespace
 {
@@ -10,28 +17,33 @@ long g_live = 0;
 int g_countdown = -1;
 bool g_failed = false;
 
+bool Refused()
+{
+    if (g_countdown < 0)
+        return false;
+    g_failed = g_countdown == 0;
+    --g_countdown;
+    return g_failed;
+}
+
+void* Counted(void* block)
+{
+    g_live += block != nullptr;
+    return block;
+}
+
 void* Allocate(std::size_t bytes)
 {
-    if (g_countdown == 0)
-    {
-        g_countdown = -1;
-        g_failed = true;
-        throw std::bad_alloc();
-    }
-    if (g_countdown > 0)
-        --g_countdown;
-    void* block = std::malloc(bytes == 0 ? 1 : bytes);
+    void* block = Refused() ? nullptr : Counted(__real_malloc(bytes == 0 ? 1 : bytes));
     if (block == nullptr)
         throw std::bad_alloc();
-    ++g_live;
     return block;
 }
 
 void Release(void* block)
 {
-    if (block != nullptr)
-        --g_live;
-    std::free(block);
+    g_live -= block != nullptr;
+    __real_free(block);
 }
 
 } // namespace
@@ -56,6 +68,24 @@ bool AllocationFailed()
 }
 
 } // namespace test
+
+extern "C"
+{
+    void* __wrap_malloc(std::size_t bytes)
+    {
+        return Refused() ? nullptr : Counted(__real_malloc(bytes));
+    }
+
+    void* __wrap_calloc(std::size_t count, std::size_t bytes)
+    {
+        return Refused() ? nullptr : Counted(__real_calloc(count, bytes));
+    }
+
+    void __wrap_free(void* block)
+    {
+        Release(block);
+    }
+}
 
 void* operator new(std::size_t bytes)
 {

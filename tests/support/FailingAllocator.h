@@ -1,7 +1,7 @@
 #pragma once
 
-/// Stands in for the global allocation functions of a program: counts what is alive and can refuse one
-/// allocation.
+/// Stands in for the global allocation functions of a program, operator new and malloc: counts what is alive
+/// and can refuse one allocation. The program is linked with --wrap for malloc, calloc and free.
 namespace test
 {
 
