@@ -1,0 +1,136 @@
+// Times the INI reader on a file of 2000 keys in 100 sections: the first parse, lookups by both engines, and
+// the same by another library where there is one.
+
+#include "ZelUtil/INIFileReader.h"
+
+#include <benchmark/benchmark.h>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#if defined(HAVE_INIPARSER)
+#include <iniparser/iniparser.h>
+#endif
+
+namespace
+{
+
+constexpr int kSections = 100;
+constexpr int kKeys = 20;
+
+struct Request
+{
+    CStdStr<char> section, key, value;
+};
+
+const std::string& File()
+{
+    static const std::string path = (std::filesystem::temp_directory_path() / "zelutil-bench.ini").string();
+    return path;
+}
+
+// Every key of the file once, in an order that jumps about.
+std::vector<Request> MakeFile()
+{
+    std::ofstream file(File());
+    std::vector<Request> requests;
+    for (int section = 0; section < kSections; ++section)
+    {
+        const std::string sectionName = "section " + std::to_string(section);
+        file << '[' << sectionName << "]\n; a comment\n";
+        for (int key = 0; key < kKeys; ++key)
+        {
+            const std::string keyName = "some key " + std::to_string(key);
+            const std::string value = std::to_string(section * kKeys + key);
+            file << keyName << '=' << value << '\n';
+            requests.push_back({sectionName, keyName, value});
+        }
+    }
+    std::vector<Request> mixed;
+    for (std::size_t i = 0; i < requests.size(); ++i)
+        mixed.push_back(requests[i * 769 % requests.size()]);
+    return mixed;
+}
+
+void LookUp(benchmark::State& state, bool indexed)
+{
+    const std::vector<Request> requests = MakeFile();
+    INIFileReader reader;
+    CStdStr<char> value;
+    const CStdStr<char> file = File();
+    std::size_t i = 0;
+    for (const Request& request : requests)
+        if (!reader.getStringFromIni(file, request.section, request.key, &value, indexed, false) ||
+            value != request.value)
+            state.SkipWithError("wrong value");
+    for ([[maybe_unused]] auto _ : state)
+    {
+        const Request& request = requests[i++ % requests.size()];
+        benchmark::DoNotOptimize(
+            reader.getStringFromIni(file, request.section, request.key, &value, indexed, false));
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+
+void Parse(benchmark::State& state)
+{
+    const std::vector<Request> requests = MakeFile();
+    INIFileReader reader;
+    CStdStr<char> value;
+    const CStdStr<char> file = File();
+    for ([[maybe_unused]] auto _ : state)
+    {
+        reader.end_profile_string();
+        if (!reader.getStringFromIni(file, requests[0].section, requests[0].key, &value, true, false))
+            state.SkipWithError("not found");
+    }
+    state.SetItemsProcessed(state.iterations() * kSections * kKeys);
+}
+
+BENCHMARK(Parse);
+BENCHMARK_CAPTURE(LookUp, indexed, true);
+BENCHMARK_CAPTURE(LookUp, direct, false);
+
+#if defined(HAVE_INIPARSER)
+void PeerParse(benchmark::State& state)
+{
+    MakeFile();
+    for ([[maybe_unused]] auto _ : state)
+    {
+        dictionary* const parsed = iniparser_load(File().c_str());
+        benchmark::DoNotOptimize(parsed);
+        iniparser_freedict(parsed);
+    }
+    state.SetItemsProcessed(state.iterations() * kSections * kKeys);
+}
+
+void PeerLookUp(benchmark::State& state)
+{
+    std::vector<std::string> names;
+    for (const Request& request : MakeFile())
+        names.push_back(request.section + ":" + request.key);
+    dictionary* const parsed = iniparser_load(File().c_str());
+    std::size_t i = 0;
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(iniparser_getstring(parsed, names[i++ % names.size()].c_str(), nullptr));
+    state.SetItemsProcessed(state.iterations());
+    iniparser_freedict(parsed);
+}
+
+BENCHMARK(PeerParse)->Name("Parse/iniparser");
+BENCHMARK(PeerLookUp)->Name("LookUp/iniparser");
+#endif
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    std::filesystem::remove(File());
+}
