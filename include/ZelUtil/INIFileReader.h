@@ -18,17 +18,16 @@ ZELUTIL_CONST_RESULTS_BEGIN
 /// Both read "[section]" headers and "key=value" lines, ignore the letter case of both names (as std::toupper
 /// sees it), take the first section and the first key of a name, skip blanks (space, tab) before a line's
 /// first character, and give values without blanks around them. Blanks inside brackets and before "=" belong
-/// to the names. Lines that begin with ";" or CR, and
-/// lines before the first header, do not count. The indexed engine
-/// also drops a CR at the end of a value, behind the blanks; the direct one keeps it.
+/// to the names. Lines that begin with ";" or CR, and lines before the first header, do not count. The
+/// indexed engine also drops a CR at the end of a value, behind the blanks; the direct one keeps it.
 ///
 /// Text is read as Windows reads it, on every system: CR LF is one line end, Ctrl-Z (0x1A) ends
 /// the text. A zero byte ends it for the engines, and its line for a listing. Limits, counted behind that:
 /// 4,194,304 characters a file, 511 a value (the rest is cut off), 253 a requested section, 254 a requested
 /// key (longer ones are not found), 511 a file name (a longer one, like a folder, cannot be opened). In the
 /// indexed engine a header or key line whose name needs more than 255 characters, with its brackets or its
-/// "=", is malformed; so are a header without "]", a key line without
-/// "=", and a last line inside a section that has nothing but blanks and no line end.
+/// "=", is malformed; so are a header without "]", a key line without "=", and a last line inside a section
+/// that has nothing but blanks and no line end.
 ///
 /// A file that cannot be opened or is too long leaves what the engine holds. Every later failure, memory
 /// running out included, leaves it holding no file. No operation throws. Apart from its caches a reader holds
