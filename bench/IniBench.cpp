@@ -65,7 +65,7 @@ void LookUp(benchmark::State& state, bool indexed)
     for (const Request& request : requests)
         if (!reader.getStringFromIni(file, request.section, request.key, &value, indexed, false) ||
             value != request.value)
-            state.SkipWithError("wrong value");
+            return state.SkipWithError("wrong value");
     for ([[maybe_unused]] auto _ : state)
     {
         const Request& request = requests[i++ % requests.size()];
@@ -84,9 +84,11 @@ void Parse(benchmark::State& state)
     for ([[maybe_unused]] auto _ : state)
     {
         reader.end_profile_string();
-        if (!reader.getStringFromIni(file, requests[0].section, requests[0].key, &value, true, false))
-            state.SkipWithError("not found");
+        benchmark::DoNotOptimize(
+            reader.getStringFromIni(file, requests[0].section, requests[0].key, &value, true, false));
     }
+    if (value != requests[0].value)
+        return state.SkipWithError("wrong value");
     state.SetItemsProcessed(state.iterations() * kSections * kKeys);
 }
 
@@ -110,9 +112,14 @@ void PeerParse(benchmark::State& state)
 void PeerLookUp(benchmark::State& state)
 {
     std::vector<std::string> names;
-    for (const Request& request : MakeFile())
-        names.push_back(request.section + ":" + request.key);
+    const std::vector<Request> requests = MakeFile();
     dictionary* const parsed = iniparser_load(File().c_str());
+    for (const Request& request : requests)
+    {
+        names.push_back(request.section + ":" + request.key);
+        if (request.value != iniparser_getstring(parsed, names.back().c_str(), ""))
+            return state.SkipWithError("wrong value");
+    }
     std::size_t i = 0;
     for ([[maybe_unused]] auto _ : state)
         benchmark::DoNotOptimize(iniparser_getstring(parsed, names[i++ % names.size()].c_str(), nullptr));

@@ -292,6 +292,7 @@ const bool INIFileReader::GetStringFromIni(const CStdStr<char>& fileName, const 
         const Value value(found, size - 1);
         if (Assign(*result, value.begin, value.end))
             return true;
+        DropDirectText();
     }
     result->clear();
     return false;
@@ -404,8 +405,6 @@ bool INIFileReader::BuildIndex()
                 return true;
             p = SkipBlanks(p);
         } while (*p == ';' || *p == '\r' || *p == '\n');
-        if (*p == '\0')
-            return false;
     }
 }
 

@@ -276,6 +276,11 @@ TEST(Allocation, IniReaderHoldsNoFileAfterAFailure)
                 {
                     EXPECT_FALSE(done) << failed;
                     EXPECT_TRUE(result.empty()) << failed;
+                    const bool keepsFile = indexed && failed == (isFresh ? 4 : 3); // no room for the result
+                    std::remove(large.c_str());
+                    EXPECT_EQ(reader->getStringFromIni(large, section, key, &result, indexed, false),
+                              keepsFile);
+                    WriteFile(large, Bytes(text.begin(), text.end()));
                     EXPECT_TRUE(reader->getStringFromIni(small, section, key, &result, indexed, false))
                         << failed;
                     EXPECT_EQ(result, "2") << failed; // read again

@@ -6,6 +6,11 @@
 #include <gtest/gtest.h>
 #include <optional>
 
+#if defined(__linux__)
+#include <sys/stat.h>
+#include <thread>
+#endif
+
 using namespace test;
 
 namespace
@@ -186,6 +191,7 @@ TEST_F(INIFileReaderTest, ValuesWorkedOutByHand)
     const Text file = Write("outside=1\r\n"
                             "[Roads]\r\n"
                             "; comment = no\r\n"
+                            "\rx=no\r\n"
                             "Width = 12 \r\n"
                             "width=99\r\n"
                             "Name=  two  words\t \r\n"
@@ -214,6 +220,8 @@ TEST_F(INIFileReaderTest, ValuesWorkedOutByHand)
                  {"Roads", "abc", none, "later"}, // a blank lets the scan try again
                  {"Roads", "ab abc", "later", "later"},
                  {"Roads", "indented", "yes", "yes"},
+                 {"Roads", "; comment ", none, none},
+                 {"Roads", "\rx", none, none},
                  {"Roads", "outside", none, none},
                  {"Roads", "k", none, none},
                  {"Roads", "second", none, none},
@@ -238,7 +246,8 @@ TEST_F(INIFileReaderTest, EqualsThePlainModelOnNastyFiles)
         "[a]\n",  "\n[A]\n", "[b ]", "\n[",  "]",  "\na=", "\nB = ", "\nab=", "\na ab=", "\n;",
         "=",      "a",       "b",    "a b",  "a=", " ",    "\t",     ";",     "\r",      "\r\n",
         "\r\r\n", "\n",      "x",    "\xE4", "[",  "#",    "\v",     "\x1A"};
-    const Text names[] = {"a", "A", "ab", "b ", "b", "a b", "", "[a", "x", "\xE4", " a"}; // likely ones first
+    const Text names[] = {"a",  "A", "ab",   "b ", "b", "a b", "", // likely ones first
+                          "[a", "x", "\xE4", " a", ";", ";a",  "\ra", "\r"};
     int found = 0, differ = 0;
     for (int round = 0; round < 8000; ++round)
     {
@@ -250,8 +259,8 @@ TEST_F(INIFileReaderTest, EqualsThePlainModelOnNastyFiles)
         const Text file = Write(text);
         for (int request = 0; request < 6; ++request)
         {
-            const Text section = names[RandomInt(0, RandomInt(0, 10))],
-                       key = names[RandomInt(0, RandomInt(0, 10))];
+            const Text section = names[RandomInt(0, RandomInt(0, 14))],
+                       key = names[RandomInt(0, RandomInt(0, 14))];
             const Found indexed = IndexedModel(text, section, key), direct = DirectModel(text, section, key);
             ASSERT_EQ(Ask(m_reader, file, section, key, true), indexed)
                 << testing::PrintToString(text) << section << "," << key;
@@ -274,6 +283,7 @@ TEST_F(INIFileReaderTest, MalformedFilesGiveTheIndexNothing)
         m_reader.end_profile_string();
         const Text file = Write(Text("[a]\nk=v\n") + bad);
         EXPECT_EQ(Ask(m_reader, file, "a", "k", true), Found());
+        EXPECT_EQ(Ask(m_reader, "", "a", "k", true), Found()); // the index is empty
         EXPECT_EQ(Ask(m_reader, file, "a", "k", false, true), "v");
         Write("[a]\nk=better\n"); // nothing was cached, so the file is read again
         EXPECT_EQ(Ask(m_reader, file, "a", "k", true), "better");
@@ -298,13 +308,19 @@ TEST_F(INIFileReaderTest, NamesAndValuesAtTheirLimits)
                   excess ? Found() : Text(510, 'v')); // cut, then trimmed
         EXPECT_EQ(Ask(m_reader, plain, "s", "short", false), Text(510, 'v'));
     }
-    const Text file =
-        Write("[" + Text(600, 'x') + "\n[b]\n" + Text(505, ' ') + "[c]\n" + Text(511, 'y') + "[d]\n");
-    EXPECT_EQ(List(m_reader, file), (std::vector<Text>{"", "b", "c", "d"})); // lines in pieces of 511
-    const Text longName(512, 'f');
-    EXPECT_EQ(Ask(m_reader, longName, "a", "k", true), Found());
-    EXPECT_EQ(Ask(m_reader, longName, "a", "k", false), Found());
-    EXPECT_TRUE(List(m_reader, longName).empty());
+    const Text file = Write("[" + Text(600, 'x') + "\n[b]\n" + Text(505, ' ') + "[c]\n" + Text(511, 'y') +
+                            "[d]\n" + Text(508, ' ') + "[e]");
+    EXPECT_EQ(List(m_reader, file), (std::vector<Text>{"", "b", "c", "d", "e"})); // lines in pieces of 511
+
+    Write("[a]\nk=v\n");
+    for (const std::size_t length : {511U, 512U})
+    {
+        Text name = m_folder / "a.ini";
+        name.insert(name.size() - 5, length - name.size(), '/');
+        for (const bool indexed : {true, false})
+            EXPECT_EQ(Ask(m_reader, name, "a", "k", indexed), length == 511 ? "v" : Found());
+        EXPECT_EQ(List(m_reader, name).size(), length == 511 ? 1U : 0U);
+    }
 }
 
 TEST_F(INIFileReaderTest, TheIndexGrowsAndKeepsItsChain)
@@ -375,6 +391,8 @@ TEST_F(INIFileReaderTest, WhatIsHeldAndFor)
 
     INIFileReader copy(m_reader); // starts with nothing
     EXPECT_EQ(Ask(copy, file, "a", "k", true), Found());
+    m_reader = static_cast<const INIFileReader&>(m_reader);
+    EXPECT_EQ(Ask(m_reader, file, "a", "k", true), "3");
     m_reader = copy;
     EXPECT_EQ(Ask(m_reader, file, "a", "k", true), Found());
     EXPECT_EQ(Ask(ini, other, "a", "k", true), "other");
@@ -409,3 +427,50 @@ TEST_F(INIFileReaderTest, ListingsEndOnlyWhenTheyAreEnded)
     EXPECT_TRUE(m_reader.getFirstSectionName(Write("[only]", "c.ini"), name));
     EXPECT_EQ(name, "only");
 }
+
+#if defined(__linux__)
+
+TEST_F(INIFileReaderTest, TextThatCannotBeReadTwiceLeavesNothingHeld)
+{
+    const Text file = Write("[a]\nk=1\n"), pipe = m_folder / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const bool indexed : {true, false})
+    {
+        Write("[a]\nk=1\n");
+        EXPECT_EQ(Ask(m_reader, file, "a", "k", indexed), "1");
+        std::thread writer([&] { std::ofstream(pipe) << "[a]\nk=v\n"; });
+        EXPECT_EQ(Ask(m_reader, pipe, "a", "k", indexed), Found());
+        writer.join();
+        Write("[a]\nk=2\n");
+        EXPECT_EQ(Ask(m_reader, file, "a", "k", indexed), "2");
+    }
+}
+
+TEST_F(INIFileReaderTest, NoFileStaysOpenBehindAListing)
+{
+    const auto openFiles = []
+    { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); };
+    const Text file = Write("[a]\n[b]\n[c]");
+    CStdStr<char> name;
+    const auto before = openFiles();
+    EXPECT_EQ(List(m_reader, file).size(), 2U); // to its end
+    EXPECT_EQ(openFiles(), before);
+    for (const int way : {0, 1, 2, 3})
+    {
+        std::optional<INIFileReader> reader(std::in_place);
+        EXPECT_EQ(Ask(*reader, file, "a", "k", true), Found());
+        EXPECT_TRUE(reader->getFirstSectionName(file, name));
+        EXPECT_EQ(openFiles(), before + 1);
+        if (way == 0)
+            reader->EndStringFromIni();
+        if (way == 1)
+            reader->end_profile_string();
+        if (way == 2)
+            *reader = INIFileReader();
+        if (way == 3)
+            reader.reset();
+        EXPECT_EQ(openFiles(), before) << way;
+    }
+}
+
+#endif

@@ -7,7 +7,7 @@
 /// A configuration variable: a record of the process-wide table, or a caller's own copy of one.
 struct ZELUTIL_API CVar
 {
-    /// Two empty texts; the other fields are not initialised.
+    /// Two empty texts; the other fields are not initialised, and have to be set before the first copy.
     CVar();
 
     std::string name;

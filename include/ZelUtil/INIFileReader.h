@@ -13,7 +13,9 @@ ZELUTIL_CONST_RESULTS_BEGIN
 ///   indexed  parses a file once into an index and answers from it until another file is asked for. Strict: a
 ///            file with a malformed line gives no value at all. An empty value counts as not found.
 ///   direct   keeps the text of a file and scans it for every request. Lenient: it skips what it does not
-///            understand. An empty value is a found one.
+///            understand; where a name breaks off at a blank it tries again behind the blank, so "a b=1"
+///            answers for the key "b" too, unless the search got past that blank. A line that begins with
+///            "[" ends a section, with or without its "]". An empty value is a found one.
 ///
 /// Both read "[section]" headers and "key=value" lines, ignore the letter case of both names (as std::toupper
 /// sees it), take the first section and the first key of a name, skip blanks (space, tab) before a line's
@@ -22,32 +24,35 @@ ZELUTIL_CONST_RESULTS_BEGIN
 /// indexed engine also drops a CR at the end of a value, behind the blanks; the direct one keeps it.
 ///
 /// Text is read as Windows reads it, on every system: CR LF is one line end, Ctrl-Z (0x1A) ends
-/// the text. A zero byte ends it for the engines, and its line for a listing. Limits, counted behind that:
-/// 4,194,304 characters a file, 511 a value (the rest is cut off), 253 a requested section, 254 a requested
-/// key (longer ones are not found), 511 a file name (a longer one, like a folder, cannot be opened). In the
-/// indexed engine a header or key line whose name needs more than 255 characters, with its brackets or its
+/// the text. A zero byte ends it for the engines, and its line for a listing. Limits, counted behind the
+/// first two: 4,194,304 characters a file, a zero byte and what follows it included, 511 a value (the rest is
+/// cut off), 253 a requested section, 254 a requested key (longer ones are not found), 511 a file name (a
+/// longer one, like a folder, cannot be opened). In the indexed engine a header or key line whose name needs
+/// more than 255 characters, with its brackets or its
 /// "=", is malformed; so are a header without "]", a key line without "=", and a last line inside a section
 /// that has nothing but blanks and no line end.
 ///
-/// A file that cannot be opened or is too long leaves what the engine holds. Every later failure, memory
-/// running out included, leaves it holding no file. No operation throws. Apart from its caches a reader holds
-/// at most one open file, that of the section listing. One thread uses it at a time.
+/// A file that cannot be opened or is too long leaves what the engine holds. Every later failure to read it
+/// or to find memory leaves it holding no file; only where memory for the result itself runs out does the
+/// indexed engine keep its file. No operation throws. Apart from its caches a reader holds at most one open
+/// file, that of the section listing. One thread uses it at a time.
 class ZELUTIL_API INIFileReader
 {
 public:
     /// Holds nothing.
     INIFileReader();
 
-    /// A copy holds nothing, and assignment drops what the target held.
+    /// A copy holds nothing, and assignment drops what the target held, except to itself.
     INIFileReader(const INIFileReader& other);
     INIFileReader& operator=(const INIFileReader& other);
 
     ~INIFileReader();
 
     /// Finds the value of `key` in `section`, by the indexed engine when `useProfile`, else by the direct
-    /// one. `reload` makes the direct engine read the file again; the indexed one notices changes only behind
-    /// end_profile_string. True with the value in `*result`. Where no value is found `*result` stays as it
-    /// was (indexed) or becomes empty (direct). False for a null `result`.
+    /// one. `reload` makes the direct engine read the file again; the indexed one reads a file again only
+    /// after end_profile_string, another file, or a failure that left it without one. True with the value in
+    /// `*result`. Where no value is found `*result` stays as it was (indexed) or becomes empty (direct).
+    /// False for a null `result`.
     bool getStringFromIni(const CStdStr<char>& fileName, const CStdStr<char>& section,
                           const CStdStr<char>& key, CStdStr<char>* const result, bool useProfile,
                           bool reload);
@@ -65,7 +70,7 @@ public:
     bool getFirstSectionName(const CStdStr<char>& fileName, CStdStr<char>& name);
 
     /// The next one. False, with `name` as it was, where there is none, and for a header on the file's last
-    /// line when that has no line end.
+    /// line when that has no line end (a last piece of exactly 511 characters is still listed).
     bool getNextSectionName(CStdStr<char>& name);
 
 private:
