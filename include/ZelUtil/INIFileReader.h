@@ -13,9 +13,9 @@ ZELUTIL_CONST_RESULTS_BEGIN
 ///   indexed  parses a file once into an index and answers from it until another file is asked for. Strict: a
 ///            file with a malformed line gives no value at all. An empty value counts as not found.
 ///   direct   keeps the text of a file and scans it for every request. Lenient: it skips what it does not
-///            understand; where a name breaks off at a blank it tries again behind the blank, so "a b=1"
-///            answers for the key "b" too, unless the search got past that blank. A line that begins with
-///            "[" ends a section, with or without its "]". An empty value is a found one.
+///            understand; where a name that has matched so far breaks off at a blank, it tries again behind
+///            that blank, so "ab abc=1" answers for the key "abc". A line that begins with "[" ends a
+///            section, with or without its "]". An empty value is a found one.
 ///
 /// Both read "[section]" headers and "key=value" lines, ignore the letter case of both names (as std::toupper
 /// sees it), take the first section and the first key of a name, skip blanks (space, tab) before a line's
@@ -28,9 +28,8 @@ ZELUTIL_CONST_RESULTS_BEGIN
 /// first two: 4,194,304 characters a file, a zero byte and what follows it included, 511 a value (the rest is
 /// cut off), 253 a requested section, 254 a requested key (longer ones are not found), 511 a file name (a
 /// longer one, like a folder, cannot be opened). In the indexed engine a header or key line whose name needs
-/// more than 255 characters, with its brackets or its
-/// "=", is malformed; so are a header without "]", a key line without "=", and a last line inside a section
-/// that has nothing but blanks and no line end.
+/// more than 255 characters, with its brackets or its "=", is malformed; so are a header without "]", a key
+/// line without "=", and a last line inside a section that has nothing but blanks and no line end.
 ///
 /// A file that cannot be opened or is too long leaves what the engine holds. Every later failure to read it
 /// or to find memory leaves it holding no file; only where memory for the result itself runs out does the
