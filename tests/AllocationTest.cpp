@@ -4,6 +4,7 @@
 #include "ZelUtil/BitmapCache.h"
 #include "ZelUtil/CVar.h"
 #include "ZelUtil/INIFileReader.h"
+#include "ZelUtil/OSDependant.h"
 #include "ZelUtil/PolyApprox.h"
 
 #include <functional>
@@ -330,4 +331,55 @@ TEST(Allocation, VariableIsMadeWholeOrNotAtAll)
     ASSERT_NE(variable, nullptr);
     EXPECT_EQ(variable->name, name);
     EXPECT_EQ(CVar_Get(name, nullptr, 0), variable);
+}
+
+TEST(Allocation, ServicesFailWithoutAWord)
+{
+    const TemporaryFolder folder;
+    const CStdStr<char> directory = folder / "a folder whose name is long", all = "*";
+    const CStdStr<char> module = std::filesystem::path(testing::internal::GetArgvs()[0]).filename().string();
+    ASSERT_TRUE(OSDependant::CreateDir(directory, nullptr));
+    for (const char* name : {"/a file whose name is long", "/b", "/c"})
+        WriteFile(directory + name, {1});
+
+    CStdStr<char>*names = nullptr, path;
+    OSDependant::IFileAccess* file = nullptr;
+    unsigned long result = 0;
+    const struct
+    {
+        const char* name;
+        std::function<void()> run;
+        unsigned long expected;
+    } cases[] = {
+        {"GetModulePath", [&] { result = OSDependant::GetModulePath(module, path, 1000); }, 1},
+        {"openFile",
+         [&]
+         {
+             file = OSDependant::openFile(directory, OSDependant::IFileAccess::BigEndian);
+             result = file != nullptr;
+         },
+         1},
+        {"beginThread",
+         [&] { result = OSDependant::beginThread([](void*) -> unsigned long { return 0; }, nullptr) != 0; },
+         1},
+        {"GetFileListInDirectory",
+         [&] { result = OSDependant::GetFileListInDirectory(directory, all, &names); }, 3},
+    };
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(c.name);
+        EXPECT_GE(FailEach([&] { path = "as it was"; }, c.run,
+                           [&](int failed)
+                           {
+                               EXPECT_EQ(result, 0U) << failed;
+                               EXPECT_EQ(names, nullptr) << failed;
+                               EXPECT_EQ(path, "as it was") << failed;
+                           }),
+                  1);
+        EXPECT_EQ(result, c.expected);
+    }
+    ASSERT_NE(names, nullptr);
+    EXPECT_EQ(names[0], "a file whose name is long");
+    delete[] names;
+    delete file;
 }

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "ZelUtil/Errors.h"
+
+/// A debug log for errors that a caller caught. It is off when the library is loaded. While it is on, each
+/// entry is appended as one line to "C:\Palmora.log" (/var/tmp/Palmora.log off Windows, never through a
+/// symbolic link), with a time stamp of day, month and local time, "5.3  9:7:2 >> ", before it:
+///
+///     METHODE: MSG FILE = FILE LINE = LINE
+///     METHODE: MSG MEMBERLOG FUER MEMBER  FILE = FILE LINE = LINE        (with U umlaut, 0xDC in
+///     Windows-1252) METHODE: MSG PARAMETERLOG FUER PARAMETER  FILE = FILE LINE = LINE  (likewise) METHODE(
+///     PARAMETERS ): MSG FILE = FILE LINE = LINE
+///
+/// and repeated without the time stamp, behind a line end, on standard error. An entry ends after 1,023
+/// characters, the time stamp not counted. The line stands there as a signed number of 32 bits. An entry
+/// whose file cannot be opened is lost, and standard error says so in German. The file is open during
+/// the call only, it grows without bound, and nothing is ever thrown.
+/// @{
+
+ZELUTIL_API void EXCEPTION_LOG(BasicError error);
+ZELUTIL_API void EXCEPTION_LOG(MemberError error);
+ZELUTIL_API void EXCEPTION_LOG(ParameterError error);
+ZELUTIL_API void EXCEPTION_LOG(const EStdException& error);
+ZELUTIL_API void EXCEPTION_LOG(const EConstruction& error);
+
+namespace OSDependant
+{
+
+/// Switches the log on or off.
+ZELUTIL_API void ActivateDebugLog(bool active);
+
+} // namespace OSDependant
+
+/// @}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <string>
+
+/// What the tests ask of the system, written once per system like the library's own platform code.
+namespace test
+{
+
+/// Open descriptors of this process.
+int OpenDescriptors();
+
+/// Whatever else a thread that is not released leaves behind: handles on Windows, mapped pages elsewhere.
+long ThreadRemains();
+
+/// The debug log's path.
+extern const char* const kLogFile;
+
+/// A device that swallows what is written: a stream's target that is no ordinary file.
+extern const char* const kNullDevice;
+
+/// Held by one process of the machine at a time; waits for it.
+class ProcessLock
+{
+public:
+    ProcessLock();
+    ~ProcessLock();
+    ProcessLock(const ProcessLock&) = delete;
+    ProcessLock& operator=(const ProcessLock&) = delete;
+
+private:
+    void* m_handle;
+};
+
+/// A real window, with a frame, as large as asked on its inside.
+class Window
+{
+public:
+    Window(unsigned width, unsigned height);
+    ~Window();
+    Window(const Window&) = delete;
+    Window& operator=(const Window&) = delete;
+
+    /// False where the system has no place for windows; `width` and `height` of the frame otherwise.
+    bool Exists() const { return m_exists; }
+    const unsigned char* Handle() const { return m_handle; }
+    unsigned FrameWidth() const { return m_frameWidth; }
+    unsigned FrameHeight() const { return m_frameHeight; }
+
+    /// The handle stays, as that of a window that is no more.
+    void Close();
+
+private:
+    unsigned char m_handle[sizeof(void*)] = {};
+    void* m_connection = nullptr;
+    bool m_exists = false;
+    unsigned m_frameWidth = 0, m_frameHeight = 0;
+};
+
+} // namespace test

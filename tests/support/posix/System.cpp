@@ -1,0 +1,110 @@
+#include "System.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace test
+{
+
+const char* const kLogFile = "/var/tmp/Palmora.log";
+const char* const kNullDevice = "/dev/null";
+
+int OpenDescriptors()
+{
+    int count = 0;
+    for (int descriptor = 0; descriptor < 1024; ++descriptor)
+        count += fcntl(descriptor, F_GETFD) != -1;
+    return count;
+}
+
+long ThreadRemains()
+{
+    long pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    return pages / 1024; // fewer than one thread's stack do not count
+}
+
+ProcessLock::ProcessLock()
+{
+    const std::intptr_t descriptor = open("/var/tmp/zelutil-test.lock", O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    while (flock(static_cast<int>(descriptor), LOCK_EX) != 0 && errno == EINTR)
+    {
+    }
+    m_handle = reinterpret_cast<void*>(descriptor);
+}
+
+ProcessLock::~ProcessLock()
+{
+    close(static_cast<int>(reinterpret_cast<std::intptr_t>(m_handle)));
+}
+
+} // namespace test
+
+#if defined(ZELUTIL_XCB)
+
+#include <xcb/xcb.h>
+
+namespace test
+{
+
+Window::Window(unsigned width, unsigned height)
+{
+    constexpr std::uint16_t kBorder = 3;
+    constexpr std::uint32_t kSides[] = {5, 6, 20, 7}; // left, right, top, bottom, as a window manager says
+    xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
+    m_connection = connection;
+    if (xcb_connection_has_error(connection) != 0)
+        return;
+
+    const xcb_window_t window = xcb_generate_id(connection);
+    const xcb_screen_t* const screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
+    xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, screen->root, -10, 15,
+                      static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height), kBorder,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, 0, nullptr);
+    const auto name = xcb_intern_atom(connection, false, 18, "_NET_FRAME_EXTENTS");
+    xcb_intern_atom_reply_t* const atom = xcb_intern_atom_reply(connection, name, nullptr);
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, atom->atom, XCB_ATOM_CARDINAL, 32, 4,
+                        kSides);
+    std::free(atom);
+    std::free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr)); // waits
+
+    std::memcpy(m_handle, &window, sizeof window);
+    m_frameWidth = width + 2U * kBorder + kSides[0] + kSides[1];
+    m_frameHeight = height + 2U * kBorder + kSides[2] + kSides[3];
+    m_exists = true;
+}
+
+void Window::Close()
+{
+    auto* const connection = static_cast<xcb_connection_t*>(m_connection);
+    xcb_window_t window;
+    std::memcpy(&window, m_handle, sizeof window);
+    xcb_destroy_window(connection, window);
+    std::free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+}
+
+Window::~Window()
+{
+    xcb_disconnect(static_cast<xcb_connection_t*>(m_connection));
+}
+
+} // namespace test
+
+#else
+
+namespace test
+{
+
+Window::Window(unsigned, unsigned) {}
+Window::~Window() = default;
+void Window::Close() {}
+
+} // namespace test
+
+#endif
