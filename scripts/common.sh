@@ -30,3 +30,13 @@ build() {
     cmake --preset "$preset" >/dev/null
     cmake --build --preset "$preset" ${1:+--target "$@"}
 }
+
+# Starts the services of Wine, in a folder of this project, until the script ends: started by a test, they would
+# hold that test's output open.
+start_wine() {
+    export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
+    mkdir -p "$WINEPREFIX"
+    trap 'wineserver --kill || true' EXIT
+    wineserver --persistent
+    wineboot --init >build/wine.log 2>&1
+}
