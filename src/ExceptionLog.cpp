@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
-#include <string>
 
 namespace
 {
@@ -14,20 +13,18 @@ namespace
 constexpr std::size_t kMessageSize = 1024;
 constexpr std::size_t kTimeStampSize = 80; // five numbers of any size
 
-// The texts are Windows-1252: 0xDC is a U, 0xF6 an o with two dots.
-constexpr const char* kFormat = "%s: %s FILE = %s LINE = %d";
-constexpr const char* kMemberFormat = "%s: %s MEMBERLOG F\xDCR %s  FILE = %s LINE = %d";
-constexpr const char* kParameterFormat = "%s: %s PARAMETERLOG F\xDCR %s  FILE = %s LINE = %d";
-constexpr const char* kConstructionFormat = "%s( %s ): %s FILE = %s LINE = %d";
+// No text needs more characters than a message has. 0xDC is a U, 0xF6 an o with two dots in Windows-1252.
+constexpr const char* kFormat = "%.1023s: %.1023s FILE = %.1023s LINE = %d";
+constexpr const char* kMemberFormat = "%.1023s: %.1023s MEMBERLOG F\xDCR %.1023s  FILE = %.1023s LINE = %d";
+constexpr const char* kParameterFormat =
+    "%.1023s: %.1023s PARAMETERLOG F\xDCR %.1023s  FILE = %.1023s LINE = %d";
+constexpr const char* kConstructionFormat = "%.1023s( %.1023s ): %.1023s FILE = %.1023s LINE = %d";
 constexpr const char* kNoLogFile = "\n Fehler beim \xF6"
                                    "ffnen des Logfiles";
 
 bool g_active = false;
 
-#if defined(__GNUC__)
-__attribute__((format(printf, 1, 2)))
-#endif
-void WriteDebugLog(const char* format, ...)
+__attribute__((format(printf, 1, 2))) void WriteDebugLog(const char* format, ...)
 {
     if (!g_active)
         return;

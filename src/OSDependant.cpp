@@ -4,11 +4,15 @@
 #include "platform/Platform.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <ctime>
 #include <exception>
 #include <limits>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace OSDependant
@@ -45,7 +49,12 @@ public:
     FileInterpretationModes getInterpretationMode() override { return m_mode; }
     void setInterpretationMode(FileInterpretationModes mode) override { m_mode = mode; }
 
-    bool skip(long offset) override { return m_file != nullptr && zel::Seek(m_file, offset, SEEK_CUR); }
+    bool skip(long offset) override
+    {
+        // A seek that fails may have lost its place on some systems.
+        const std::int64_t position = m_file == nullptr ? -1 : zel::Tell(m_file);
+        return position >= 0 && position + offset >= 0 && zel::Seek(m_file, offset, SEEK_CUR);
+    }
 
     unsigned long getPosition() override { return m_file == nullptr ? 0 : Told(zel::Tell(m_file)); }
 
@@ -199,7 +208,7 @@ void threadSleep(unsigned long milliseconds)
 void getTime(unsigned short* const seconds, unsigned short* const minutes, unsigned short* const hours)
 {
     const std::tm now = zel::LocalTime();
-    *seconds = static_cast<unsigned short>(now.tm_sec);
+    *seconds = static_cast<unsigned short>(std::min(now.tm_sec, 59)); // no leap seconds
     *minutes = static_cast<unsigned short>(now.tm_min);
     *hours = static_cast<unsigned short>(now.tm_hour);
 }

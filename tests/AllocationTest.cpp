@@ -333,7 +333,7 @@ TEST(Allocation, VariableIsMadeWholeOrNotAtAll)
     EXPECT_EQ(CVar_Get(name, nullptr, 0), variable);
 }
 
-TEST(Allocation, ServicesFailWithoutAWord)
+TEST(Allocation, ServicesGiveNothing)
 {
     const TemporaryFolder folder;
     const CStdStr<char> directory = folder / "a folder whose name is long", all = "*";

@@ -67,3 +67,54 @@ TEST(FileNames, ExtensionBeginsAtTheLastDot)
     for (const auto& c : cases)
         EXPECT_EQ(zel::Extension(c.path), c.extension) << c.path;
 }
+
+// What the search for files by name answers on Windows.
+TEST(FileNames, SearchesMatchAsOnWindows)
+{
+    const std::string names[] = {".",    "..",    "a",  "ab",   "a.b", "A.BC",
+                                 "ab.c", "a.b.c", ".a", "a..b", "a b", "z"};
+    const struct
+    {
+        const char* pattern;
+        std::string matches; // joined by |
+    } cases[] = {
+        {"*", ".|..|a|ab|a.b|A.BC|ab.c|a.b.c|.a|a..b|a b|z|"},
+        {"*.*", ".|..|a|ab|a.b|A.BC|ab.c|a.b.c|.a|a..b|a b|z|"},
+        {"*.", "a|ab|a b|z|"}, // no extension
+        {"* .", "a|ab|a b|z|"},
+        {"a. .", "a|"},
+        {"A.b", "a.b|"},
+        {"Z", "z|"},
+        {"a* ", "a|ab|a.b|A.BC|ab.c|a.b.c|a..b|a b|"},
+        {"?", "a|z|"},
+        {"a?", "a|ab|"},  // none at the end
+        {"a?.b", "a.b|"}, // none before a dot
+        {"?.?", ".|a|a.b|.a|z|"},
+        {"a.??", "a|a.b|A.BC|"},
+        {"a.*", "a|a.b|A.BC|a.b.c|a..b|"},
+        {"a*.*", "a|ab|a.b|A.BC|ab.c|a.b.c|a..b|a b|"},
+        {"*.b", "a.b|a..b|"},
+        {"*.b.c", "a.b.c|"},
+        {"*c", "A.BC|ab.c|a.b.c|"},
+        {"*b*", "ab|a.b|A.BC|ab.c|a.b.c|a..b|a b|"},
+        {".*", ".|..|.a|"},
+        {"", ""},
+        {"..", ""},
+        {"a b ", "a b|"},
+        {"[a]", ""},
+    };
+    for (const auto& c : cases)
+    {
+        const std::string expression = zel::SearchExpression(c.pattern);
+        std::string matches;
+        for (const std::string& name : names)
+            matches += zel::MatchesSearch(expression, name) ? name + "|" : "";
+        EXPECT_EQ(matches, c.matches) << c.pattern;
+    }
+
+    std::string hard, text(250, 'a');
+    for (int i = 0; i < 100; ++i)
+        hard += "*a";
+    EXPECT_TRUE(zel::MatchesSearch(zel::SearchExpression(hard), text));
+    EXPECT_FALSE(zel::MatchesSearch(zel::SearchExpression(hard + "b"), text));
+}

@@ -26,6 +26,7 @@ TEST(SharedLibrary, StartsAfreshWithEveryLoad)
         char text[5];
         toText("\x12\xAB", 2, text);
         EXPECT_STREQ(text, "12ab");
+        EXPECT_EQ(OSDependant::GetFunctionReference(library, "malloc"), nullptr); // it only uses that
         EXPECT_TRUE(OSDependant::FreeLib(library));
         EXPECT_EQ(OSDependant::GetFunctionReference(library, "_Z10CVar_GetNbv"), nullptr);
     }

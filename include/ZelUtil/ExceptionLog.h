@@ -7,14 +7,15 @@
 /// symbolic link), with a time stamp of day, month and local time, "5.3  9:7:2 >> ", before it:
 ///
 ///     METHODE: MSG FILE = FILE LINE = LINE
-///     METHODE: MSG MEMBERLOG FUER MEMBER  FILE = FILE LINE = LINE        (with U umlaut, 0xDC in
-///     Windows-1252) METHODE: MSG PARAMETERLOG FUER PARAMETER  FILE = FILE LINE = LINE  (likewise) METHODE(
-///     PARAMETERS ): MSG FILE = FILE LINE = LINE
+///     METHODE: MSG MEMBERLOG FUER MEMBER  FILE = FILE LINE = LINE
+///     METHODE: MSG PARAMETERLOG FUER PARAMETER  FILE = FILE LINE = LINE
+///     METHODE( PARAMETERS ): MSG FILE = FILE LINE = LINE
 ///
-/// and repeated without the time stamp, behind a line end, on standard error. An entry ends after 1,023
-/// characters, the time stamp not counted. The line stands there as a signed number of 32 bits. An entry
-/// whose file cannot be opened is lost, and standard error says so in German. The file is open during
-/// the call only, it grows without bound, and nothing is ever thrown.
+/// (UE there is one letter, 0xDC in Windows-1252), and repeated without the time stamp, behind a line end, on
+/// standard error. An entry ends after 1,023 characters, the time stamp not counted. The line stands there as
+/// a signed number of 32 bits. An entry whose file cannot be opened is lost, and standard error says so in
+/// German. The file is open during the call only, and grows without bound. Nothing here throws, but for the
+/// copy of an error that is handed over by value.
 /// @{
 
 ZELUTIL_API void EXCEPTION_LOG(BasicError error);

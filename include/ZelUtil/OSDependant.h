@@ -79,17 +79,19 @@ ZELUTIL_API const bool CreateDir(const CStdStr<char>& dirName, const void* const
 
 /// Lists the entries of a folder, files and folders alike, "." and ".." left out, whose names match.
 ///
-/// directory  the folder; empty for the current one. A "\" joins it to the pattern where it does not end in
-/// one. pattern    a name with the wildcards of Windows: "*" any characters, "?" any one (or none, before a
-/// "." and
-///            at the end), "*.*" everything; letter case plays no part. Where it has an extension (from its
-///            last "." on), an entry's own extension has to match that once more, more strictly: "?" is one
-///            character and "*" one or more. So "*.*" finds no name without a "." and "*.htm" no "a.html".
+///   directory  the folder; empty for the current one. Where it does not end in "\", one joins it to the
+///              pattern.
+///   pattern    a name with the wildcards of Windows: "*" any characters, "?" any one (or none, before a "."
+///              and at the end), "*.*" everything; letter case plays no part. Where it has an extension (from
+///              its last "." on), an entry's own extension has to match that once more, and more strictly:
+///              "?" is one character and "*" one or more. So "*.*" finds no name without a "." and "*.htm" no
+///              "a.html".
 ///
 /// Gives the number of names, and in `*list` a new array of them, which the caller releases by delete[].
 /// Their order is the system's; off Windows that is by bytes. With nothing to list: 0, `*list` unchanged.
 ///
-/// Off Windows "\" and "/" both separate folders, and letter case plays no part for A to Z only.
+/// Off Windows this call, and no other, takes "\" for a separator of folders as well as "/"; letter case
+/// plays no part for A to Z only.
 ZELUTIL_API const unsigned long GetFileListInDirectory(const CStdStr<char>& directory,
                                                        const CStdStr<char>& pattern,
                                                        CStdStr<char>** const list);
@@ -105,15 +107,17 @@ ZELUTIL_API const bool GetWindowRect(const unsigned char* const window, unsigned
 ZELUTIL_API const bool GetClientRect(const unsigned char* const window, unsigned long& width,
                                      unsigned long& height);
 
-/// Loads a dynamic library, which the system looks for in its way. Null when it cannot be loaded. Each
-/// success counts: the library stays until FreeLib was called as often.
+/// Loads a dynamic library, which the system looks for in its way. Null when it cannot be loaded, or an
+/// object of its own cannot be constructed. Each success counts: the library stays until FreeLib was called
+/// as often.
 ZELUTIL_API char* const LoadLib(const CStdStr<char>& libraryName);
 
 /// Takes back one LoadLib. False for what is no loaded library.
 ZELUTIL_API const bool FreeLib(char* const library);
 
 /// The address of a function that the library itself exports, not one of those that it uses. Null when
-/// there is none, and for what is no loaded library.
+/// there is none, and for what is no loaded library. Off Windows the C library's few functions that the
+/// system itself provides, such as `time`, count as the system's.
 ZELUTIL_API void* GetFunctionReference(char* const library, const CStdStr<char>& functionName);
 
 /// Starts a thread that runs `routine(argument)` and ends with its result. Gives the thread's identifier;
@@ -129,9 +133,9 @@ ZELUTIL_API void getTime(unsigned short* const seconds, unsigned short* const mi
                          unsigned short* const hours);
 
 /// The full path of the file that a module of this process was loaded from; loads nothing. A module is a
-/// loaded library, or the program, named by its file name, with or without its folder. The path is cut to
-/// `size` - 1 characters; true when something is left of it. False with `path` unchanged when no such module
-/// is loaded.
+/// loaded library, or the program, named by its file name or its full path. What is delivered is cut to
+/// `size` - 1 characters; true when something is left of it, else `path` becomes empty. False with `path`
+/// unchanged when no such module is loaded.
 ZELUTIL_API const bool GetModulePath(const CStdStr<char>& moduleName, CStdStr<char>& path, unsigned int size);
 
 ZELUTIL_CONST_RESULTS_END

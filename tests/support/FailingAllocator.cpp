@@ -1,5 +1,6 @@
 #include "FailingAllocator.h"
 
+#include <atomic>
 #include <cstddef>
 #include <new>
 
@@ -13,7 +14,7 @@ extern "C"
 namespace
 {
 
-long g_live = 0;
+std::atomic<long> g_live = 0; // threads that a test started release too
 int g_countdown = -1;
 bool g_failed = false;
 

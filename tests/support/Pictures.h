@@ -114,7 +114,11 @@ inline bool LoadBytes(CTarvexDib& dib, const Bytes& bytes)
 class TemporaryFolder
 {
 public:
-    TemporaryFolder() { std::filesystem::create_directories(m_path); }
+    TemporaryFolder()
+    {
+        std::filesystem::remove_all(m_path); // of a process that had this number before
+        std::filesystem::create_directories(m_path);
+    }
     ~TemporaryFolder() { std::filesystem::remove_all(m_path); }
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
@@ -122,8 +126,9 @@ public:
     std::string operator/(const std::string& name) const { return (m_path / name).string(); }
 
 private:
-    std::filesystem::path m_path =
-        std::filesystem::temp_directory_path() / ("zelutil-" + std::to_string(getpid()));
+    std::filesystem::path m_path = std::filesystem::temp_directory_path() /
+                                   ("zelutil-" + std::to_string(getpid()) + "-" + std::to_string(s_count++));
+    static inline int s_count = 0;
 };
 
 inline Bytes ReadFile(const std::string& path)

@@ -9,8 +9,15 @@ namespace test
 /// Open descriptors of this process.
 int OpenDescriptors();
 
-/// Whatever else a thread that is not released leaves behind: handles on Windows, mapped pages elsewhere.
+/// What threads leave behind when they are not released: 4 MB of mapped pages count as one, on Windows 16
+/// handles.
 long ThreadRemains();
+
+/// Makes a named pipe in the file system; false where there are none.
+bool MakeFifo(const char* path);
+
+/// Whether a listing comes in the order of the names' bytes.
+extern const bool kListsInByteOrder;
 
 /// The debug log's path.
 extern const char* const kLogFile;
@@ -31,17 +38,18 @@ private:
     void* m_handle;
 };
 
-/// A real window, with a frame, as large as asked on its inside.
+/// A real window as large as asked on its inside, with or without a frame.
 class Window
 {
 public:
-    Window(unsigned width, unsigned height);
+    Window(unsigned width, unsigned height, bool hasFrame);
     ~Window();
     Window(const Window&) = delete;
     Window& operator=(const Window&) = delete;
 
-    /// False where the system has no place for windows; `width` and `height` of the frame otherwise.
-    bool Exists() const { return m_exists; }
+    /// False where the system has no place for windows, or the library is built without them.
+    static bool ArePossible();
+
     const unsigned char* Handle() const { return m_handle; }
     unsigned FrameWidth() const { return m_frameWidth; }
     unsigned FrameHeight() const { return m_frameHeight; }
@@ -52,7 +60,6 @@ public:
 private:
     unsigned char m_handle[sizeof(void*)] = {};
     void* m_connection = nullptr;
-    bool m_exists = false;
     unsigned m_frameWidth = 0, m_frameHeight = 0;
 };
 

@@ -1,6 +1,6 @@
 #include "platform/Platform.h"
 
-#include "platform/posix/SearchPattern.h"
+#include "FileNames.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -10,6 +10,7 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <filesystem>
 #include <link.h>
 #include <memory>
 #include <new>
@@ -31,17 +32,64 @@ bool IsOfType(int descriptor, mode_t type)
     return fstat(descriptor, &status) == 0 && (status.st_mode & S_IFMT) == type;
 }
 
-// What `path` names, links resolved; empty where there is nothing.
-std::string RealPath(const char* path)
+// The program's own path; empty where the system does not tell.
+std::string ProgramPath()
 {
-    const std::unique_ptr<char, void (*)(void*)> real(realpath(path, nullptr), std::free);
-    return real == nullptr ? std::string() : std::string(real.get());
+    constexpr std::string_view kDeleted = " (deleted)";
+    char path[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+    std::string_view text(path, length < 0 ? 0 : static_cast<std::size_t>(length));
+    if (text.ends_with(kDeleted))
+        text.remove_suffix(kDeleted.size());
+    return std::string(text);
 }
 
 const char* FileName(const char* path)
 {
     const char* const separator = std::strrchr(path, '/');
     return separator == nullptr ? path : separator + 1;
+}
+
+// Copies the name of the loaded library number `index`, counted among those with this file name, as it was
+// loaded. False where there are not so many. The program comes without a name, and what the system itself
+// puts into a process without a folder.
+bool LoadedName(const char* fileName, int index, char (&name)[PATH_MAX])
+{
+    struct Search
+    {
+        const char* fileName;
+        int index;
+        char* name;
+    } search{fileName, index, name};
+
+    return dl_iterate_phdr(
+               [](dl_phdr_info* object, std::size_t, void* data)
+               {
+                   auto& wanted = *static_cast<Search*>(data);
+                   const char* const loaded = object->dlpi_name;
+                   if (std::strchr(loaded, '/') == nullptr || std::strlen(loaded) >= PATH_MAX ||
+                       std::strcmp(FileName(loaded), wanted.fileName) != 0 || wanted.index-- != 0)
+                       return 0;
+                   std::strcpy(wanted.name, loaded);
+                   return 1;
+               },
+               &search) != 0;
+}
+
+// The path of a library from the name that it was loaded by. A relative one was so to the folder of that
+// moment.
+std::string LibraryPath(const char* name)
+{
+    if (*name == '/')
+        return name;
+    void* const library = dlopen(name, RTLD_LAZY | RTLD_NOLOAD);
+    char origin[PATH_MAX];
+    const bool known = library != nullptr && dlinfo(library, RTLD_DI_ORIGIN, origin) == 0;
+    if (library != nullptr)
+        dlclose(library);
+    if (!known)
+        return {};
+    return (std::filesystem::path(origin) / FileName(name)).lexically_normal().string();
 }
 
 // Whether a handle is that of a loaded object. The loader holds its lock while it calls back, so that the
@@ -129,7 +177,7 @@ std::vector<std::string> FindFiles(const std::string& searchPath)
     std::string folder = searchPath;
     std::replace(folder.begin(), folder.end(), '\\', '/');
     const std::size_t nameStart = folder.rfind('/') + 1; // 0 where there is no separator
-    const SearchPattern pattern(std::string_view(searchPath).substr(nameStart));
+    const std::string wanted = SearchExpression(std::string_view(searchPath).substr(nameStart));
     folder.resize(nameStart);
 
     const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(folder.empty() ? "." : folder.c_str()),
@@ -138,16 +186,21 @@ std::vector<std::string> FindFiles(const std::string& searchPath)
     if (entries == nullptr)
         return names;
     while (const dirent* const entry = readdir(entries.get()))
-        if (pattern.Matches(entry->d_name))
+        if (MatchesSearch(wanted, entry->d_name))
             names.push_back(entry->d_name);
     std::sort(names.begin(), names.end());
     return names;
 }
 
 char* OpenLibrary(const char* name)
+try
 {
     // The empty name would be the program itself.
     return *name == '\0' ? nullptr : static_cast<char*>(dlopen(name, RTLD_NOW | RTLD_LOCAL));
+}
+catch (...) // from a constructor in the library
+{
+    return nullptr;
 }
 
 bool CloseLibrary(char* module)
@@ -171,29 +224,18 @@ void* FindFunction(char* module, const char* name)
 
 std::optional<std::string> ModulePath(const char* name)
 {
-    const std::string program = RealPath("/proc/self/exe");
-    struct Search
-    {
-        const char* name;
-        const char* program;
-        char path[PATH_MAX];
-    } search{name, program.c_str(), ""};
+    const char* const fileName = FileName(name);
+    const auto isMeant = [&](const std::string& path)
+    { return !path.empty() && (fileName == name ? path.substr(path.rfind('/') + 1) == name : path == name); };
 
-    // The program comes without a name, and what the system itself puts into a process without a folder.
-    dl_iterate_phdr(
-        [](dl_phdr_info* object, std::size_t, void* data)
-        {
-            auto& wanted = *static_cast<Search*>(data);
-            const char* const path = *object->dlpi_name == '\0' ? wanted.program : object->dlpi_name;
-            if (std::strchr(path, '/') == nullptr || std::strlen(path) >= sizeof wanted.path ||
-                (std::strcmp(wanted.name, path) != 0 && std::strcmp(wanted.name, FileName(path)) != 0))
-                return 0;
-            std::strcpy(wanted.path, path);
-            return 1;
-        },
-        &search);
-    const std::string path = *search.path == '/' ? search.path : RealPath(search.path);
-    return path.empty() ? std::nullopt : std::optional(path);
+    const std::string program = ProgramPath();
+    if (isMeant(program))
+        return program;
+    char loaded[PATH_MAX];
+    for (int i = 0; LoadedName(fileName, i, loaded); ++i)
+        if (const std::string path = LibraryPath(loaded); isMeant(path))
+            return path;
+    return std::nullopt;
 }
 
 std::string StringResource(unsigned)
@@ -228,6 +270,7 @@ void SleepFor(unsigned long milliseconds)
 
 std::tm LocalTime()
 {
+    tzset(); // the zone may have changed
     const std::time_t now = std::time(nullptr);
     std::tm local = {};
     localtime_r(&now, &local);

@@ -1,12 +1,15 @@
 #include "System.h"
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace test
@@ -14,6 +17,7 @@ namespace test
 
 const char* const kLogFile = "/var/tmp/Palmora.log";
 const char* const kNullDevice = "/dev/null";
+const bool kListsInByteOrder = true;
 
 int OpenDescriptors()
 {
@@ -27,12 +31,19 @@ long ThreadRemains()
 {
     long pages = 0;
     std::ifstream("/proc/self/statm") >> pages;
-    return pages / 1024; // fewer than one thread's stack do not count
+    return pages / 1024;
+}
+
+bool MakeFifo(const char* path)
+{
+    return mkfifo(path, 0666) == 0;
 }
 
 ProcessLock::ProcessLock()
 {
-    const std::intptr_t descriptor = open("/var/tmp/zelutil-test.lock", O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    const std::intptr_t descriptor = open("/var/tmp", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        throw std::runtime_error("no folder for the log");
     while (flock(static_cast<int>(descriptor), LOCK_EX) != 0 && errno == EINTR)
     {
     }
@@ -53,9 +64,14 @@ ProcessLock::~ProcessLock()
 namespace test
 {
 
-Window::Window(unsigned width, unsigned height)
+bool Window::ArePossible()
 {
-    constexpr std::uint16_t kBorder = 3;
+    return std::getenv("DISPLAY") != nullptr;
+}
+
+Window::Window(unsigned width, unsigned height, bool hasFrame)
+{
+    const auto border = static_cast<std::uint16_t>(hasFrame ? 3 : 0);
     constexpr std::uint32_t kSides[] = {5, 6, 20, 7}; // left, right, top, bottom, as a window manager says
     xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
     m_connection = connection;
@@ -65,19 +81,23 @@ Window::Window(unsigned width, unsigned height)
     const xcb_window_t window = xcb_generate_id(connection);
     const xcb_screen_t* const screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
     xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, screen->root, -10, 15,
-                      static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height), kBorder,
+                      static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height), border,
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, 0, nullptr);
-    const auto name = xcb_intern_atom(connection, false, 18, "_NET_FRAME_EXTENTS");
-    xcb_intern_atom_reply_t* const atom = xcb_intern_atom_reply(connection, name, nullptr);
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, atom->atom, XCB_ATOM_CARDINAL, 32, 4,
-                        kSides);
-    std::free(atom);
+    m_frameWidth = width + 2U * border;
+    m_frameHeight = height + 2U * border;
+    if (hasFrame)
+    {
+        const auto name = xcb_intern_atom(connection, false, 18, "_NET_FRAME_EXTENTS");
+        xcb_intern_atom_reply_t* const atom = xcb_intern_atom_reply(connection, name, nullptr);
+        xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, atom->atom, XCB_ATOM_CARDINAL, 32, 4,
+                            kSides);
+        std::free(atom);
+        m_frameWidth += kSides[0] + kSides[1];
+        m_frameHeight += kSides[2] + kSides[3];
+    }
     std::free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr)); // waits
 
     std::memcpy(m_handle, &window, sizeof window);
-    m_frameWidth = width + 2U * kBorder + kSides[0] + kSides[1];
-    m_frameHeight = height + 2U * kBorder + kSides[2] + kSides[3];
-    m_exists = true;
 }
 
 void Window::Close()
@@ -101,7 +121,12 @@ Window::~Window()
 namespace test
 {
 
-Window::Window(unsigned, unsigned) {}
+bool Window::ArePossible()
+{
+    return false;
+}
+
+Window::Window(unsigned, unsigned, bool) {}
 Window::~Window() = default;
 void Window::Close() {}
 

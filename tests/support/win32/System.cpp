@@ -9,6 +9,7 @@ namespace test
 
 const char* const kLogFile = "C:\\Palmora.log";
 const char* const kNullDevice = "NUL";
+const bool kListsInByteOrder = false;
 
 int OpenDescriptors()
 {
@@ -22,7 +23,12 @@ long ThreadRemains()
 {
     DWORD handles = 0;
     GetProcessHandleCount(GetCurrentProcess(), &handles);
-    return static_cast<long>(handles) / 16; // the system's own come and go
+    return static_cast<long>(handles) / 16;
+}
+
+bool MakeFifo(const char*)
+{
+    return false;
 }
 
 ProcessLock::ProcessLock() : m_handle(CreateMutexA(nullptr, FALSE, "Global\\zelutil-test"))
@@ -36,17 +42,22 @@ ProcessLock::~ProcessLock()
     CloseHandle(m_handle);
 }
 
-Window::Window(unsigned width, unsigned height)
+bool Window::ArePossible()
+{
+    const HWND window = CreateWindowA("STATIC", "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+    return DestroyWindow(window) != 0;
+}
+
+Window::Window(unsigned width, unsigned height, bool hasFrame)
 {
     RECT frame = {0, 0, static_cast<LONG>(width), static_cast<LONG>(height)};
-    AdjustWindowRect(&frame, WS_OVERLAPPEDWINDOW, FALSE);
+    const DWORD style = hasFrame ? WS_OVERLAPPEDWINDOW : WS_POPUP;
+    AdjustWindowRect(&frame, style, FALSE);
     m_frameWidth = static_cast<unsigned>(frame.right - frame.left);
     m_frameHeight = static_cast<unsigned>(frame.bottom - frame.top);
-    const HWND window =
-        CreateWindowA("STATIC", "", WS_OVERLAPPEDWINDOW, -10, 15, static_cast<int>(m_frameWidth),
-                      static_cast<int>(m_frameHeight), nullptr, nullptr, nullptr, nullptr);
+    const HWND window = CreateWindowA("STATIC", "", style, -10, 15, static_cast<int>(m_frameWidth),
+                                      static_cast<int>(m_frameHeight), nullptr, nullptr, nullptr, nullptr);
     std::memcpy(m_handle, &window, sizeof window);
-    m_exists = window != nullptr;
 }
 
 void Window::Close()
