@@ -344,7 +344,7 @@ TEST(Threads, RunEndAndLeaveNothing)
     {
         ASSERT_NE(beginThread(routine, &starter), 0U);
         for (int wait = 0; ended != i && wait < 10000; ++wait)
-            threadSleep(wait / 1000);
+            threadSleep(wait < 1000 ? 0 : 1);
         ASSERT_EQ(ended, i);
         if (i == 200)
             before = ThreadRemains();
