@@ -1,5 +1,5 @@
 // Composes a picture: a BMP file is fetched through the cache, resampled, shaded, overlaid, framed and
-// tinted, then saved and read back.
+// tinted, drawn into a device context and captured from there, then saved and read back.
 //
 //     compose PICTURE.bmp OVERLAY.bmp OUTPUT.bmp [WIDTH HEIGHT]
 //
@@ -93,6 +93,31 @@ bool DrawInset(CTarvexDib& inset, const CTarvexDib& canvas)
            inset.ColorMix(0.85F, 0.55F, 0.20F, 0.5F);
 }
 
+bool SamePixels(const CTarvexDib& a, const CTarvexDib& b)
+{
+    return a.GetDibLength() == b.GetDibLength() && a.Height() == b.Height() &&
+           std::memcmp(a.GetScanLine(0), b.GetScanLine(0),
+                       static_cast<std::size_t>(a.BytesPerScanLine()) *
+                           static_cast<std::size_t>(a.Height())) == 0;
+}
+
+// Draws the picture where a window would have it drawn, and takes a copy of what is to be seen there.
+bool DrawAndCapture(CWinDib& captured, const CWinDib& picture)
+{
+    const HDC screen = GetDC(nullptr);
+    CBitmap surface;
+    surface.Attach(CreateCompatibleBitmap(screen, picture.Width(), picture.Height()));
+    ReleaseDC(nullptr, screen);
+
+    CDC memory;
+    memory.CreateCompatibleDC(nullptr);
+    const HGDIOBJ previous = SelectObject(memory, surface.GetSafeHandle());
+    picture.StretchDraw(memory, 0, 0, picture.Width(), picture.Height());
+    const bool done = captured.Capture(memory, CRect(0, 0, picture.Width(), picture.Height()));
+    SelectObject(memory, previous);
+    return done;
+}
+
 void Compose(const char* picturePath, const char* overlayPath, const char* outputPath, int width, int height)
 {
     BitmapCache cache;
@@ -107,7 +132,8 @@ void Compose(const char* picturePath, const char* overlayPath, const char* outpu
     const int border = std::max(std::min(width, height) / 40, 2);
     const int margin = 2 * border;
     CTarvexDib source(*picture); // the cached image stays as its other holders know it
-    CTarvexDib canvas, light, layer, frame, inset;
+    CWinDib canvas, captured;
+    CTarvexDib light, layer, frame, inset;
     Timed("convert to true colour", [&] { return source.ChangeToTrueColor(true); });
     Timed("create the canvas", [&] { return canvas.Create(width, height, 32); });
     canvas.SetupInterpolMethod(CTarvexDib::InterpolCubic);
@@ -127,14 +153,13 @@ void Compose(const char* picturePath, const char* overlayPath, const char* outpu
     Timed("key the frame over the picture",
           [&] { return canvas.TransparentBlend(&frame, &canvas, 255, 0, 255) && canvas.resetAlpha(); });
 
+    Timed("draw into a device context and back", [&] { return DrawAndCapture(captured, canvas); });
+    Require(SamePixels(captured, canvas), "the device changed the picture");
+
     CTarvexDib readBack;
-    Timed("save", [&] { return canvas.Save(outputPath); });
+    Timed("save", [&] { return captured.Save(outputPath); });
     Timed("read back", [&] { return readBack.Load(outputPath); });
-    Require(readBack.GetDibLength() == canvas.GetDibLength() &&
-                std::memcmp(readBack.GetScanLine(0), canvas.GetScanLine(0),
-                            static_cast<std::size_t>(canvas.BytesPerScanLine()) *
-                                static_cast<std::size_t>(height)) == 0,
-            "the file does not hold what was saved");
+    Require(SamePixels(readBack, canvas), "the file does not hold what was saved");
     std::printf("  %s: %d x %d of %d bits, %d bytes\n", outputPath, readBack.Width(), readBack.Height(),
                 readBack.BitCount(), 14 + readBack.GetDibLength());
     cache.releaseBitmap(picture);

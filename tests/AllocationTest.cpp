@@ -6,6 +6,7 @@
 #include "ZelUtil/INIFileReader.h"
 #include "ZelUtil/OSDependant.h"
 #include "ZelUtil/PolyApprox.h"
+#include "ZelUtil/WinDib.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -382,4 +383,63 @@ TEST(Allocation, ServicesGiveNothing)
     EXPECT_EQ(names[0], "a file whose name is long");
     delete[] names;
     delete file;
+}
+
+TEST(Allocation, DeviceBridgeFailsWithAnEmptyImage)
+{
+    CWinDib picture, result;
+    Bytes packed = RandomPacked(5, 4, 8, 256, 256);
+    ASSERT_TRUE(picture.Load(packed.data(), static_cast<int>(packed.size())) &&
+                picture.SetColorTable(nullptr, 0)); // so that its header has to be copied
+    ASSERT_TRUE(result.Create(3, 3, 24));
+    CBitmap surface, made;
+    CDC memory;
+    bool done = false;
+    FailEach([] {},
+             [&]
+             { done = memory.CreateCompatibleDC(nullptr); }, // the device itself, where it is the library's
+             [&](int failed) { EXPECT_FALSE(done) << failed; });
+    const long blocks = LiveBlocks();
+    const struct
+    {
+        const char* name;
+        bool empties;
+        std::function<void()> run;
+    } cases[] = {
+        {"CreateDDB", false, [&] { done = made.Attach(picture.CreateDDB()); }},
+        {"CreateFromDDB", true, [&] { done = result.CreateFromDDB(&surface, nullptr); }},
+        {"Capture", true, [&] { done = result.Capture(memory, CRect(0, 0, 4, 4)); }},
+    };
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(c.name);
+        FailEach(
+            [&]
+            {
+                memory.DeleteDC();
+                made.DeleteObject();
+                surface.DeleteObject();
+                ASSERT_TRUE(surface.Attach(CreateBitmap(4, 4, 1, 32, nullptr)) &&
+                            memory.CreateCompatibleDC(nullptr));
+                ASSERT_TRUE(result.Create(3, 3, 24));
+            },
+            c.run,
+            [&](int failed)
+            {
+                EXPECT_FALSE(done) << failed;
+                EXPECT_EQ(result.BitCount(), c.empties ? 0 : 24) << failed;
+            });
+        EXPECT_TRUE(done);
+    }
+
+    SelectObject(memory, surface.GetSafeHandle());
+    FailEach([&] { SetPixel(memory, 0, 0, 0x123456); }, [&] { picture.StretchDraw(memory, 0, 0, 4, 4); },
+             [&](int failed) { EXPECT_EQ(GetPixel(memory, 0, 0), 0x123456U) << failed; });
+    EXPECT_NE(GetPixel(memory, 0, 0), 0x123456U);
+    memory.DeleteDC();
+    surface.DeleteObject();
+    made.DeleteObject();
+    result.Empty();
+    picture.Empty();
+    EXPECT_LE(LiveBlocks(), blocks);
 }

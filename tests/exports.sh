@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Compares what a shared library exports with the list of what it should: exports.sh OBJDUMP LIBRARY LIST.
+# Compares what a shared library exports with the lists of what it should: exports.sh OBJDUMP LIBRARY LIST...
 # An ELF library has another name for a stream, and more: weak names, of inlined code, and the linker's.
 set -euo pipefail
 
@@ -7,5 +7,5 @@ case $2 in
     *.dll) "$1" -p "$2" | sed -n '/^\[Ordinal\/Name Pointer\]/,/^$/s/^\t\[.*\] //p' ;;
     *) "$1" -T "$2" | sed -n "/\*UND\*/d; /^[0-9a-f]* *[wu]/d; s/^[0-9a-f]\{8,\} .* //p" ;;
 esac | c++filt | sed 's/\b_IO_FILE\b/_iobuf/g' |
-    grep -vE '^(vtable |typeinfo |_edata$|_end$|__bss_start$)' | LC_ALL=C sort -u |
-    diff "$3" - && echo "$(wc -l <"$3") names, as listed"
+    grep -vE '^(vtable |VTT |typeinfo |_edata$|_end$|__bss_start$)' | LC_ALL=C sort -u |
+    diff <(LC_ALL=C sort "${@:3}") - && echo "as listed"

@@ -1,6 +1,7 @@
 #pragma once
 
-/// The bitmap records of the published BMP format: the platform's own on Windows, the same layout elsewhere.
+/// The bitmap records of the published BMP format and what the graphics calls take and give: the platform's
+/// own on Windows, the same names, layouts and values elsewhere.
 
 #if defined(_WIN32)
 
@@ -50,6 +51,78 @@ struct tagBITMAPINFO
     RGBQUAD bmiColors[1];
 };
 using BITMAPINFO = tagBITMAPINFO;
+
+using BOOL = int;
+using UINT = unsigned int;
+using LONG = std::int32_t;
+using BYTE = std::uint8_t;
+using WORD = std::uint16_t;
+using DWORD = std::uint32_t;
+using COLORREF = DWORD; ///< 0x00bbggrr
+
+using HGDIOBJ = void*; ///< any of the handles below
+using HDC = struct HDC__*;
+using HWND = struct HWND__*;
+using HBITMAP = struct HBITMAP__*;
+using HPALETTE = struct HPALETTE__*;
+
+struct tagRECT
+{
+    LONG left;
+    LONG top;
+    LONG right;
+    LONG bottom;
+};
+using RECT = tagRECT;
+
+/// What GetObject tells of a device bitmap.
+struct tagBITMAP
+{
+    LONG bmType;
+    LONG bmWidth;
+    LONG bmHeight;
+    LONG bmWidthBytes;
+    WORD bmPlanes;
+    WORD bmBitsPixel;
+    void* bmBits;
+};
+using BITMAP = tagBITMAP;
+
+struct tagPALETTEENTRY
+{
+    BYTE peRed;
+    BYTE peGreen;
+    BYTE peBlue;
+    BYTE peFlags;
+};
+using PALETTEENTRY = tagPALETTEENTRY;
+
+/// The colours of a palette go on behind their one declared entry.
+struct tagLOGPALETTE
+{
+    WORD palVersion; ///< 0x300
+    WORD palNumEntries;
+    PALETTEENTRY palPalEntry[1];
+};
+using LOGPALETTE = tagLOGPALETTE;
+
+#if !defined(FALSE) // macros in other headers too
+#define FALSE 0
+#endif
+#if !defined(TRUE)
+#define TRUE 1
+#endif
+
+inline constexpr DWORD BI_RGB = 0, CBM_INIT = 4, SRCCOPY = 0x00CC0020;
+inline constexpr UINT DIB_RGB_COLORS = 0;
+inline constexpr int DEFAULT_PALETTE = 15;
+inline constexpr int HORZRES = 8, VERTRES = 10, BITSPIXEL = 12, PLANES = 14, RASTERCAPS = 38,
+                     SIZEPALETTE = 104;
+inline constexpr int RC_PALETTE = 0x0100;
+inline constexpr int BLACKONWHITE = 1, WHITEONBLACK = 2, COLORONCOLOR = 3, HALFTONE = 4;
+inline constexpr COLORREF CLR_INVALID = 0xFFFFFFFF;
+
+#define ZELUTIL_SOFT_GDI // the calls themselves are the library's: SoftGdi.h
 
 #endif
 

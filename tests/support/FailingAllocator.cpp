@@ -103,6 +103,11 @@ void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept
     return Refused() ? nullptr : Counted(__real_malloc(bytes == 0 ? 1 : bytes));
 }
 
+void* operator new[](std::size_t bytes, const std::nothrow_t& tag) noexcept
+{
+    return operator new(bytes, tag);
+}
+
 void operator delete(void* block) noexcept
 {
     Release(block);
