@@ -315,25 +315,25 @@ bool CTarvexDib::ChangeToTrueColor(bool withAlpha)
     Block bits = Allocate(imageBytes);
     if (bits == nullptr)
         return false;
-    if (withAlpha)
-        std::memset(bits.get(), 255, static_cast<std::size_t>(imageBytes));
-    else
-        ClearPadding(bits.get(), rowBytes, std::int64_t{step} * m_width, m_height);
+    ClearPadding(bits.get(), rowBytes, std::int64_t{step} * m_width, m_height);
 
-    unsigned char colors[256][4] = {};
+    std::uint32_t pixels[256] = {};
     const int tableEntries = std::min(GetNumColors(oldBits), TableEntries());
-    std::memcpy(colors, GetColorTable(), static_cast<std::size_t>(tableEntries) * sizeof(tagRGBQUAD));
+    std::memcpy(pixels, GetColorTable(), static_cast<std::size_t>(tableEntries) * sizeof(tagRGBQUAD));
+    for (std::uint32_t& pixel : pixels)
+        pixel |= 0xFF000000;
 
+    const zel::Kernels& kernels = zel::ActiveKernels();
     unsigned char* to = bits.get();
     for (int row = 0; row < m_height && rowBytes > 0; ++row, to += rowBytes)
     {
         const unsigned char* from = GetScanLine(row);
         if (oldBits <= 8)
-            zel::ExpandIndexRow(to, step, from, oldBits, colors, m_width);
+            zel::ExpandIndexRow(to, step, from, oldBits, pixels, m_width);
         else if (oldBits == 16)
             zel::ExpandWordRow(to, step, from, m_width);
         else
-            zel::ExpandTripleRow(to, from, m_width);
+            kernels.expandTripleRow(to, from, m_width);
     }
 
     delete[] m_bits;

@@ -8,9 +8,12 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <new>
 
 namespace
 {
+
+constexpr std::int64_t kShadeTablePixels = 65536; // from here on a table of all products pays
 
 bool SameSize(const CTarvexDib& a, const CTarvexDib& b)
 {
@@ -64,11 +67,20 @@ void ResizeNearest(const CTarvexDib& to, const CTarvexDib& from, double stepX, d
     const auto columns = ColumnTable(to.Width(), [&](int i)
                                      { return zel::NearestTap(i * stepX, from.Width(), from.PixelSize()); });
 
+    const bool copies = channels == to.PixelSize();
+    const auto rowBytes = static_cast<std::size_t>(channels) * static_cast<std::size_t>(to.Width());
     double y = 0.0;
+    int lastTap = -1;
     for (int row = 0; row < to.Height(); ++row, y += stepY)
-        zel::GatherRow(to.GetPixelFast(0, row), to.PixelSize(),
-                       from.GetPixelFast(0, zel::NearestTap(y, from.Height(), 1)), columns.get(), to.Width(),
-                       channels);
+    {
+        const int tap = zel::NearestTap(y, from.Height(), 1);
+        if (copies && tap == lastTap)
+            std::memcpy(to.GetPixelFast(0, row), to.GetPixelFast(0, row - 1), rowBytes);
+        else
+            zel::GatherRow(to.GetPixelFast(0, row), to.PixelSize(), from.GetPixelFast(0, tap), columns.get(),
+                           to.Width(), channels);
+        lastTap = tap;
+    }
 }
 
 void ResizeLinear(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels)
@@ -194,9 +206,10 @@ bool CTarvexDib::AlphaBlendPerPixel(const CTarvexDib* const first, const CTarvex
     if (!CanBlend(*this, first, second) || first->BitCount() != 32)
         return false;
 
+    const zel::Kernels& kernels = zel::ActiveKernels();
     for (int row = 0; row < RowsWithPixels(*this); ++row)
-        zel::BlendRowByAlpha(GetScanLine(row), m_pixelSize, first->GetScanLine(row), second->GetScanLine(row),
-                             second->m_pixelSize, m_width);
+        kernels.blendRowByAlpha(GetScanLine(row), m_pixelSize, first->GetScanLine(row),
+                                second->GetScanLine(row), second->m_pixelSize, m_width);
     return true;
 }
 
@@ -206,9 +219,10 @@ bool CTarvexDib::AlphaBlend(const CTarvexDib* const first, const CTarvexDib* con
     if (!CanBlend(*this, first, second))
         return false;
 
+    const zel::Kernels& kernels = zel::ActiveKernels();
     for (int row = 0; row < RowsWithPixels(*this); ++row)
-        zel::BlendRow(GetScanLine(row), m_pixelSize, first->GetScanLine(row), first->m_pixelSize,
-                      second->GetScanLine(row), second->m_pixelSize, alpha, m_width);
+        kernels.blendRow(GetScanLine(row), m_pixelSize, first->GetScanLine(row), first->m_pixelSize,
+                         second->GetScanLine(row), second->m_pixelSize, alpha, m_width);
     return true;
 }
 
@@ -219,9 +233,10 @@ bool CTarvexDib::TransparentBlend(const CTarvexDib* const first, const CTarvexDi
         return false;
 
     const unsigned char key[3] = {blue, green, red};
+    const zel::Kernels& kernels = zel::ActiveKernels();
     for (int row = 0; row < RowsWithPixels(*this); ++row)
-        zel::KeyRow(GetScanLine(row), m_pixelSize, first->GetScanLine(row), first->m_pixelSize,
-                    second->GetScanLine(row), second->m_pixelSize, key, m_width);
+        kernels.keyRow(GetScanLine(row), m_pixelSize, first->GetScanLine(row), first->m_pixelSize,
+                       second->GetScanLine(row), second->m_pixelSize, key, m_width);
     return true;
 }
 
@@ -231,10 +246,25 @@ bool CTarvexDib::ShadePerPixel(const CTarvexDib* const first, const CTarvexDib* 
     if (!CanBlend(*this, first, second))
         return false;
 
+    const zel::Kernels& kernels = zel::ActiveKernels();
     const zel::ShadeFactors factors(strength);
+    const bool pays = std::int64_t{m_width} * m_height >= kShadeTablePixels;
+    const std::unique_ptr<zel::ShadeTable> table(pays && strength != 100 ? new (std::nothrow) zel::ShadeTable
+                                                                         : nullptr);
+    if (table != nullptr)
+        zel::FillShadeTable(*table, factors);
     for (int row = 0; row < RowsWithPixels(*this); ++row)
-        zel::ShadeRow(GetScanLine(row), m_pixelSize, first->GetScanLine(row), first->m_pixelSize,
-                      second->GetScanLine(row), second->m_pixelSize, factors, m_width);
+    {
+        unsigned char* const to = GetScanLine(row);
+        const unsigned char *const s1 = first->GetScanLine(row), *const s2 = second->GetScanLine(row);
+        if (strength == 100)
+            kernels.multiplyRow(to, m_pixelSize, s1, first->m_pixelSize, s2, second->m_pixelSize, m_width);
+        else if (table != nullptr)
+            zel::ShadeRowByTable(to, m_pixelSize, s1, first->m_pixelSize, s2, second->m_pixelSize, *table,
+                                 m_width);
+        else
+            zel::ShadeRow(to, m_pixelSize, s1, first->m_pixelSize, s2, second->m_pixelSize, factors, m_width);
+    }
     return true;
 }
 
@@ -243,8 +273,9 @@ bool CTarvexDib::SetAlphaPlane(const CTarvexDib* const plane) const
     if (plane == nullptr || BitCount() != 32 || plane->BitCount() != 8 || !SameSize(*this, *plane))
         return false;
 
+    const zel::Kernels& kernels = zel::ActiveKernels();
     for (int row = 0; row < RowsWithPixels(*this); ++row)
-        zel::SetAlphaRow(GetScanLine(row), plane->GetScanLine(row), m_width);
+        kernels.setAlphaRow(GetScanLine(row), plane->GetScanLine(row), m_width);
     return true;
 }
 
@@ -255,8 +286,9 @@ bool CTarvexDib::TransparentAlpha(unsigned char red, unsigned char green, unsign
         return false;
 
     const auto key = static_cast<std::uint32_t>(red << 16 | green << 8 | blue);
+    const zel::Kernels& kernels = zel::ActiveKernels();
     for (int row = 0; row < RowsWithPixels(*this); ++row)
-        zel::KeyAlphaRow(GetScanLine(row), key, opaqueOthers, m_width);
+        kernels.keyAlphaRow(GetScanLine(row), key, opaqueOthers, m_width);
     return true;
 }
 
@@ -267,8 +299,9 @@ bool CTarvexDib::ColorMix(float red, float green, float blue, float weight)
 
     const int color[3] = {PartOf(blue, 255.0), PartOf(green, 255.0), PartOf(red, 255.0)};
     const int share = PartOf(weight, 256.0);
+    const zel::Kernels& kernels = zel::ActiveKernels();
     for (int row = 0; row < RowsWithPixels(*this); ++row)
-        zel::MixRow(GetScanLine(row), color, share, m_width);
+        kernels.mixRow(GetScanLine(row), color, share, m_width);
     return true;
 }
 
@@ -277,8 +310,9 @@ bool CTarvexDib::AlphaAlpha(unsigned char alpha) const
     if (BitCount() != 32)
         return false;
 
+    const zel::Kernels& kernels = zel::ActiveKernels();
     for (int row = 0; row < RowsWithPixels(*this); ++row)
-        zel::FillAlphaRow(GetScanLine(row), alpha, m_width);
+        kernels.fillAlphaRow(GetScanLine(row), alpha, m_width);
     return true;
 }
 
@@ -301,6 +335,7 @@ bool CTarvexDib::Clone(const CTarvexDib& src, int left, int top, int right, int 
     const auto columns =
         ColumnTable(m_width, [&](int i) { return (static_cast<int>(i * stepX) + left) * src.m_pixelSize; });
 
+    const zel::Kernels& kernels = zel::ActiveKernels();
     const int channels = std::min(m_pixelSize, src.m_pixelSize);
     double y = top;
     for (int row = 0; row < RowsWithPixels(*this); ++row, y += stepY)
@@ -310,7 +345,7 @@ bool CTarvexDib::Clone(const CTarvexDib& src, int left, int top, int right, int 
         unsigned char* to = GetPixelFast(0, row);
         zel::GatherRow(to, m_pixelSize, src.GetPixelFast(0, srcRow), columns.get(), m_width, channels);
         if (channels < m_pixelSize)
-            zel::FillAlphaRow(to, 255, m_width);
+            kernels.fillAlphaRow(to, 255, m_width);
     }
     return true;
 }

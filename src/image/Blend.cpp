@@ -78,6 +78,29 @@ void ShadeRow(unsigned char* dst, int dstStep, const unsigned char* s1, int s1St
             dst[c] = ToByte(factors.shading[s1[c]] * factors.shaded[s2[c]]);
 }
 
+void FillShadeTable(ShadeTable& table, const ShadeFactors& factors)
+{
+    for (int s1 = 0; s1 < 256; ++s1)
+        for (int s2 = 0; s2 < 256; ++s2)
+            table.shaded[s1][s2] = ToByte(factors.shading[s1] * factors.shaded[s2]);
+}
+
+void ShadeRowByTable(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
+                     const unsigned char* s2, int s2Step, const ShadeTable& table, int count)
+{
+    for (int x = 0; x < count; ++x, dst += dstStep, s1 += s1Step, s2 += s2Step)
+        for (int c = 0; c < 3; ++c)
+            dst[c] = table.shaded[s1[c]][s2[c]];
+}
+
+void MultiplyRow(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
+                 const unsigned char* s2, int s2Step, int count)
+{
+    for (int x = 0; x < count; ++x, dst += dstStep, s1 += s1Step, s2 += s2Step)
+        for (int c = 0; c < 3; ++c)
+            dst[c] = static_cast<unsigned char>(s1[c] * s2[c] >> 8);
+}
+
 void SetAlphaRow(unsigned char* dst, const unsigned char* plane, int count)
 {
     for (int x = 0; x < count; ++x)

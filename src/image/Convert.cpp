@@ -1,6 +1,6 @@
 #include "image/Kernels.h"
 
-#include <cstddef>
+#include <cstring>
 
 namespace zel
 {
@@ -8,43 +8,89 @@ namespace zel
 namespace
 {
 
-// Five bits to eight: 0 stays 0 and 31 becomes 255.
-unsigned char Widen(int value)
+constexpr std::uint32_t kOpaque = 0xFF000000;
+
+// Pixels are stored as four bytes wherever another one of the row follows: those of three bytes write over
+// the surplus byte of the one before.
+void StorePixel(unsigned char* dst, std::uint32_t pixel)
 {
-    return static_cast<unsigned char>(value << 3 | value >> 2);
+    std::memcpy(dst, &pixel, sizeof pixel);
+}
+
+void StoreLastPixel(unsigned char* dst, int dstStep, std::uint32_t pixel)
+{
+    std::memcpy(dst, &pixel, static_cast<std::size_t>(dstStep));
+}
+
+// The row of `count` pixels, at least one, that `pixelAt` gives.
+template <typename PixelAt>
+void StoreRow(unsigned char* dst, int dstStep, int count, const PixelAt& pixelAt)
+{
+    int x = 0;
+    for (; x < count - 1; ++x, dst += dstStep)
+        StorePixel(dst, pixelAt(x));
+    StoreLastPixel(dst, dstStep, pixelAt(x));
+}
+
+// Five bits to eight: 0 stays 0 and 31 becomes 255.
+std::uint32_t Widen(int value)
+{
+    return static_cast<std::uint32_t>(value << 3 | value >> 2);
+}
+
+// Whole bytes of one-bit indices, four pixels at a time. Gives how many pixels.
+int ExpandBits(unsigned char* dst, int dstStep, const unsigned char* src, const std::uint32_t* pixels,
+               int count)
+{
+    unsigned char runs[16][16] = {};
+    for (int bits = 0; bits < 16; ++bits)
+        for (int i = 0; i < 4; ++i)
+            StoreLastPixel(runs[bits] + dstStep * i, dstStep, pixels[bits >> (3 - i) & 1]);
+
+    // Sixteen bytes are stored for four pixels of 3 bytes as well: two more pixels have to follow.
+    int done = 0;
+    for (; done + 10 <= count; done += 8, ++src)
+    {
+        std::memcpy(dst + dstStep * done, runs[*src >> 4], 16);
+        std::memcpy(dst + dstStep * (done + 4), runs[*src & 15], 16);
+    }
+    return done;
 }
 
 } // namespace
 
 void ExpandIndexRow(unsigned char* dst, int dstStep, const unsigned char* src, int bits,
-                    const unsigned char (*colors)[4], int count)
+                    const std::uint32_t* pixels, int count)
 {
-    const int perByte = 8 / bits;
-    const int mask = (1 << bits) - 1;
-    for (int x = 0; x < count; ++x, dst += dstStep)
-    {
-        const int shift = 8 - bits - x % perByte * bits;
-        const unsigned char* color = colors[src[x / perByte] >> shift & mask];
-        for (int c = 0; c < 3; ++c)
-            dst[c] = color[c];
-    }
+    if (bits == 8)
+        return StoreRow(dst, dstStep, count, [&](int x) { return pixels[src[x]]; });
+    if (bits == 4)
+        return StoreRow(dst, dstStep, count,
+                        [&](int x) { return pixels[src[x / 2] >> (x % 2 == 0 ? 4 : 0) & 15]; });
+
+    const int done = ExpandBits(dst, dstStep, src, pixels, count);
+    StoreRow(dst + dstStep * done, dstStep, count - done,
+             [&](int x) { return pixels[src[(done + x) / 8] >> (7 - x % 8) & 1]; });
 }
 
 void ExpandWordRow(unsigned char* dst, int dstStep, const unsigned char* src, int count)
 {
-    for (int x = 0; x < count; ++x, dst += dstStep, src += 2)
-    {
-        const int word = src[0] | src[1] << 8;
-        for (int c = 0; c < 3; ++c)
-            dst[c] = Widen(word >> (5 * c) & 31);
-    }
+    StoreRow(dst, dstStep, count,
+             [&](int x)
+             {
+                 const int word = src[2 * x] | src[2 * x + 1] << 8;
+                 return kOpaque | Widen(word >> 10 & 31) << 16 | Widen(word >> 5 & 31) << 8 |
+                        Widen(word & 31);
+             });
 }
 
 void ExpandTripleRow(unsigned char* dst, const unsigned char* src, int count)
 {
     for (int x = 0; x < count; ++x, dst += 4, src += 3)
-        for (int c = 0; c < 3; ++c)
-            dst[c] = src[c];
+    {
+        std::memcpy(dst, src, 3);
+        dst[3] = 255;
+    }
 }
 
 } // namespace zel

@@ -74,6 +74,22 @@ struct ShadeFactors
 void ShadeRow(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step, const unsigned char* s2,
               int s2Step, const ShadeFactors& factors, int count);
 
+/// The shaded channel for every pair of values.
+struct ShadeTable
+{
+    unsigned char shaded[256][256]; ///< the shading's value comes first
+};
+
+void FillShadeTable(ShadeTable& table, const ShadeFactors& factors);
+
+/// As ShadeRow.
+void ShadeRowByTable(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
+                     const unsigned char* s2, int s2Step, const ShadeTable& table, int count);
+
+/// Blue, green, red of dst = s1 * s2 / 256, rounded down: what ShadeFactors give for a strength of 100.
+void MultiplyRow(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
+                 const unsigned char* s2, int s2Step, int count);
+
 /// \name Rows of 4-byte pixels
 /// @{
 
@@ -92,18 +108,47 @@ void MixRow(unsigned char* dst, const int (&color)[3], int weight, int count);
 /// @}
 /// @}
 /// \name Conversion
-/// Write blue, green, red of dst.
+/// Alpha, where dst has 4-byte pixels, becomes 255.
 /// @{
 
-/// From indices of 1, 4 or 8 bits, by a table of 2 to the power of `bits` colours (blue, green, red, unused).
+/// From indices of 1, 4 or 8 bits, by a table of 2 to the power of `bits` opaque pixels.
 void ExpandIndexRow(unsigned char* dst, int dstStep, const unsigned char* src, int bits,
-                    const unsigned char (*colors)[4], int count);
+                    const std::uint32_t* pixels, int count);
 
 /// From 16-bit words of 5 bits each of blue, green, red.
 void ExpandWordRow(unsigned char* dst, int dstStep, const unsigned char* src, int count);
 
 /// From 3-byte to 4-byte pixels.
 void ExpandTripleRow(unsigned char* dst, const unsigned char* src, int count);
+
+/// @}
+/// \name Instruction sets
+/// The rows that gain by vectors, as the plain functions above or for one instruction set: all write the
+/// same.
+/// @{
+
+struct Kernels
+{
+    decltype(&BlendRowByAlpha) blendRowByAlpha;
+    decltype(&BlendRow) blendRow;
+    decltype(&KeyRow) keyRow;
+    decltype(&MultiplyRow) multiplyRow;
+    decltype(&SetAlphaRow) setAlphaRow;
+    decltype(&FillAlphaRow) fillAlphaRow;
+    decltype(&KeyAlphaRow) keyAlphaRow;
+    decltype(&MixRow) mixRow;
+    decltype(&ExpandTripleRow) expandTripleRow;
+};
+
+extern const Kernels kPlainKernels;
+extern const Kernels kSse2Kernels; ///< where the processor is an x86
+extern const Kernels kAvx2Kernels; ///< likewise, and never to be called on one without AVX2
+
+/// The fastest that the processor has.
+const Kernels& ActiveKernels();
+
+/// Replaces them, for tests and benchmarks; null brings back the fastest.
+void ForceKernels(const Kernels* kernels);
 
 /// @}
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <cstring>
 
 static_assert(FLT_EVAL_METHOD == 0, "results are defined by doubles that are rounded after every operation");
 
@@ -30,8 +31,7 @@ template <int kChannels>
 void GatherPixels(unsigned char* dst, int dstStep, const unsigned char* src, const int* offsets, int count)
 {
     for (int i = 0; i < count; ++i, dst += dstStep)
-        for (int c = 0; c < kChannels; ++c)
-            dst[c] = src[offsets[i] + c];
+        std::memcpy(dst, src + offsets[i], kChannels);
 }
 
 template <int kChannels>

@@ -1,0 +1,144 @@
+#include <cstdint>
+#include <cstring>
+#include <emmintrin.h>
+
+namespace
+{
+
+struct Vector
+{
+    __m128i v;
+};
+
+template <typename V>
+V Load(const unsigned char* bytes)
+{
+    return {_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes))};
+}
+
+inline void Store(unsigned char* bytes, Vector a)
+{
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), a.v);
+}
+
+template <typename V>
+V All16(int value)
+{
+    return {_mm_set1_epi16(static_cast<short>(value))};
+}
+
+template <typename V>
+V All32(std::uint32_t value)
+{
+    return {_mm_set1_epi32(static_cast<int>(value))};
+}
+
+/// The bytes of the lower or upper half as words.
+inline Vector Low(Vector a)
+{
+    return {_mm_unpacklo_epi8(a.v, _mm_setzero_si128())};
+}
+
+inline Vector High(Vector a)
+{
+    return {_mm_unpackhi_epi8(a.v, _mm_setzero_si128())};
+}
+
+inline Vector LowTimes256(Vector a)
+{
+    return {_mm_unpacklo_epi8(_mm_setzero_si128(), a.v)};
+}
+
+inline Vector HighTimes256(Vector a)
+{
+    return {_mm_unpackhi_epi8(_mm_setzero_si128(), a.v)};
+}
+
+/// The reverse, for words up to 255.
+inline Vector Pack(Vector low, Vector high)
+{
+    return {_mm_packus_epi16(low.v, high.v)};
+}
+
+inline Vector Add16(Vector a, Vector b)
+{
+    return {_mm_add_epi16(a.v, b.v)};
+}
+
+inline Vector Subtract16(Vector a, Vector b)
+{
+    return {_mm_sub_epi16(a.v, b.v)};
+}
+
+inline Vector Multiply16(Vector a, Vector b)
+{
+    return {_mm_mullo_epi16(a.v, b.v)};
+}
+
+inline Vector Divide256(Vector a)
+{
+    return {_mm_srli_epi16(a.v, 8)};
+}
+
+inline Vector And(Vector a, Vector b)
+{
+    return {_mm_and_si128(a.v, b.v)};
+}
+
+inline Vector Or(Vector a, Vector b)
+{
+    return {_mm_or_si128(a.v, b.v)};
+}
+
+inline Vector AndNot(Vector mask, Vector a)
+{
+    return {_mm_andnot_si128(mask.v, a.v)};
+}
+
+inline Vector Equal32(Vector a, Vector b)
+{
+    return {_mm_cmpeq_epi32(a.v, b.v)};
+}
+
+/// Of each pixel of four words the last, in all four.
+inline Vector AlphaOf(Vector pixels)
+{
+    return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(pixels.v, 0xFF), 0xFF)};
+}
+
+/// One byte for each pixel, in its highest place.
+template <typename V>
+V LoadAsAlpha(const unsigned char* bytes)
+{
+    int four;
+    std::memcpy(&four, bytes, sizeof four);
+    const __m128i zero = _mm_setzero_si128();
+    return {_mm_unpacklo_epi16(zero, _mm_unpacklo_epi8(zero, _mm_cvtsi32_si128(four)))};
+}
+
+/// Pixels of 3 bytes would need shuffles, which came later.
+constexpr bool kReadsTriples = false;
+
+template <typename V>
+V LoadPixels(const unsigned char* bytes, int)
+{
+    return Load<V>(bytes);
+}
+
+/// Stores pixels of 4 bytes but for the fourth, which stays.
+inline void StoreColors(unsigned char* bytes, int, Vector a)
+{
+    const Vector colors = All32<Vector>(0x00FFFFFF);
+    Store(bytes, Or(And(colors, a), AndNot(colors, Load<Vector>(bytes))));
+}
+
+} // namespace
+
+#include "image/VectorKernels.h"
+
+namespace zel
+{
+
+constinit const Kernels kSse2Kernels = VectorKernels<Vector>();
+
+} // namespace zel

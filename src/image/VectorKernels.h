@@ -1,0 +1,191 @@
+#pragma once
+
+#include "image/Kernels.h"
+
+/// The rows of Kernels.h for one instruction set. `Vector` names its vector of bytes and what can be done
+/// with it; a source file for each instruction set provides that, and gives all its names internal linkage,
+/// so that no code for the one ever runs on behalf of the other.
+///
+/// Whole vectors are done here, the rest of a row and steps that are mixed by the plain rows.
+namespace zel
+{
+
+namespace
+{
+
+/// s2 + ((s1 - s2) * alpha >> 8) on every byte; `low` and `high` hold alpha for the lower and the upper
+/// halves. The sum s2 * 256 + (s1 - s2) * alpha is s1 * alpha + s2 * (256 - alpha): with alpha up to 256 it
+/// fits 16 bits, and so it comes out right although the terms do not.
+template <typename Vector>
+Vector Mixed(Vector s1, Vector s2, Vector low, Vector high)
+{
+    const Vector lowSum = Add16(LowTimes256(s2), Multiply16(Subtract16(Low(s1), Low(s2)), low));
+    const Vector highSum = Add16(HighTimes256(s2), Multiply16(Subtract16(High(s1), High(s2)), high));
+    return Pack(Divide256(lowSum), Divide256(highSum));
+}
+
+/// The bits of `a` where `mask` is set, elsewhere those of `b`.
+template <typename Vector>
+Vector Chosen(Vector mask, Vector a, Vector b)
+{
+    return Or(And(mask, a), AndNot(mask, b));
+}
+
+template <typename Vector>
+struct VectorRows
+{
+    static constexpr int kBytes = static_cast<int>(sizeof(Vector));
+    static constexpr int kPixels = kBytes / 4; // of 4 bytes
+
+    static void BlendByAlpha(unsigned char* dst, int dstStep, const unsigned char* s1,
+                             const unsigned char* s2, int s2Step, int count)
+    {
+        const int done = ByPixels(dst, dstStep, s1, 4, s2, s2Step, count,
+                                  [](Vector first, Vector second) {
+                                      return Mixed(first, second, AlphaOf(Low(first)), AlphaOf(High(first)));
+                                  });
+        BlendRowByAlpha(dst + dstStep * done, dstStep, s1 + 4 * done, s2 + s2Step * done, s2Step,
+                        count - done);
+    }
+
+    static void Blend(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
+                      const unsigned char* s2, int s2Step, int alpha, int count)
+    {
+        const Vector weight = All16<Vector>(alpha);
+        const int done =
+            ByBytes(dst, dstStep, s1, s1Step, s2, s2Step, count,
+                    [weight](Vector first, Vector second) { return Mixed(second, first, weight, weight); });
+        BlendRow(dst + dstStep * done, dstStep, s1 + s1Step * done, s1Step, s2 + s2Step * done, s2Step, alpha,
+                 count - done);
+    }
+
+    static void Multiply(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
+                         const unsigned char* s2, int s2Step, int count)
+    {
+        const int done = ByBytes(dst, dstStep, s1, s1Step, s2, s2Step, count,
+                                 [](Vector first, Vector second)
+                                 {
+                                     return Pack(Divide256(Multiply16(Low(first), Low(second))),
+                                                 Divide256(Multiply16(High(first), High(second))));
+                                 });
+        MultiplyRow(dst + dstStep * done, dstStep, s1 + s1Step * done, s1Step, s2 + s2Step * done, s2Step,
+                    count - done);
+    }
+
+    static void Key(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
+                    const unsigned char* s2, int s2Step, const unsigned char (&key)[3], int count)
+    {
+        const Vector colors = All32<Vector>(0x00FFFFFF);
+        const Vector wanted = All32<Vector>(static_cast<std::uint32_t>(key[0] | key[1] << 8 | key[2] << 16));
+        const int done = ByPixels(dst, dstStep, s1, s1Step, s2, s2Step, count,
+                                  [=](Vector first, Vector second)
+                                  { return Chosen(Equal32(And(first, colors), wanted), second, first); });
+        KeyRow(dst + dstStep * done, dstStep, s1 + s1Step * done, s1Step, s2 + s2Step * done, s2Step, key,
+               count - done);
+    }
+
+    static void SetAlpha(unsigned char* dst, const unsigned char* plane, int count)
+    {
+        const Vector colors = All32<Vector>(0x00FFFFFF);
+        int done = 0;
+        for (; done + kPixels <= count; done += kPixels)
+            Store(dst + 4 * done,
+                  Or(And(colors, Load<Vector>(dst + 4 * done)), LoadAsAlpha<Vector>(plane + done)));
+        SetAlphaRow(dst + 4 * done, plane + done, count - done);
+    }
+
+    static void FillAlpha(unsigned char* dst, unsigned char alpha, int count)
+    {
+        const Vector colors = All32<Vector>(0x00FFFFFF), fill = All32<Vector>(std::uint32_t{alpha} << 24);
+        int done = 0;
+        for (; done + kPixels <= count; done += kPixels)
+            Store(dst + 4 * done, Or(And(colors, Load<Vector>(dst + 4 * done)), fill));
+        FillAlphaRow(dst + 4 * done, alpha, count - done);
+    }
+
+    static void KeyAlpha(unsigned char* dst, std::uint32_t key, bool opaqueOthers, int count)
+    {
+        const Vector colors = All32<Vector>(0x00FFFFFF), wanted = All32<Vector>(key);
+        const Vector others = All32<Vector>(opaqueOthers ? 0xFF000000 : 0);
+        int done = 0;
+        for (; done + kPixels <= count; done += kPixels)
+        {
+            const auto pixels = Load<Vector>(dst + 4 * done);
+            const Vector isKey = Equal32(And(pixels, colors), wanted);
+            Store(dst + 4 * done, Chosen(isKey, wanted, Or(pixels, others)));
+        }
+        KeyAlphaRow(dst + 4 * done, key, opaqueOthers, count - done);
+    }
+
+    static void Mix(unsigned char* dst, const int (&color)[3], int weight, int count)
+    {
+        const Vector colors = All32<Vector>(0x00FFFFFF), share = All16<Vector>(weight);
+        const Vector target =
+            All32<Vector>(static_cast<std::uint32_t>(color[0] | color[1] << 8 | color[2] << 16));
+        int done = 0;
+        for (; done + kPixels <= count; done += kPixels)
+        {
+            const auto pixels = Load<Vector>(dst + 4 * done);
+            Store(dst + 4 * done, Chosen(colors, Mixed(target, pixels, share, share), pixels));
+        }
+        MixRow(dst + 4 * done, color, weight, count - done);
+    }
+
+    static void ExpandTriple(unsigned char* dst, const unsigned char* src, int count)
+    {
+        const Vector opaque = All32<Vector>(0xFF000000);
+        int done = 0;
+        for (; kReadsTriples && done + kPixels + kBehind <= count; done += kPixels)
+            Store(dst + 4 * done, Or(LoadPixels<Vector>(src + 3 * done, 3), opaque));
+        ExpandTripleRow(dst + 4 * done, src + 3 * done, count - done);
+    }
+
+private:
+    static constexpr int kBehind = 2; // pixels of 3 bytes that loading a vector of them touches besides
+
+    /// Colours of dst = combination(s1, s2) for whole vectors of pixels. Gives how many.
+    template <typename Combination>
+    static int ByPixels(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
+                        const unsigned char* s2, int s2Step, int count, const Combination& combination)
+    {
+        const bool hasTriples = dstStep == 3 || s1Step == 3 || s2Step == 3;
+        if (hasTriples && !kReadsTriples)
+            return 0;
+
+        const int needed = kPixels + (hasTriples ? kBehind : 0);
+        int done = 0;
+        for (; done + needed <= count; done += kPixels)
+            StoreColors(dst + dstStep * done, dstStep,
+                        combination(LoadPixels<Vector>(s1 + s1Step * done, s1Step),
+                                    LoadPixels<Vector>(s2 + s2Step * done, s2Step)));
+        return done;
+    }
+
+    /// The same for a combination of bytes that have nothing to do with their neighbours.
+    template <typename Combination>
+    static int ByBytes(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
+                       const unsigned char* s2, int s2Step, int count, const Combination& combination)
+    {
+        if (dstStep != 3 || s1Step != 3 || s2Step != 3)
+            return ByPixels(dst, dstStep, s1, s1Step, s2, s2Step, count, combination);
+
+        // As many pixels as a vector has bytes are three whole vectors.
+        int done = 0;
+        for (; done + kBytes <= count; done += kBytes)
+            for (int i = 3 * done; i < 3 * (done + kBytes); i += kBytes)
+                Store(dst + i, combination(Load<Vector>(s1 + i), Load<Vector>(s2 + i)));
+        return done;
+    }
+};
+
+template <typename Vector>
+constexpr Kernels VectorKernels()
+{
+    using Rows = VectorRows<Vector>;
+    return {Rows::BlendByAlpha, Rows::Blend,    Rows::Key, Rows::Multiply,    Rows::SetAlpha,
+            Rows::FillAlpha,    Rows::KeyAlpha, Rows::Mix, Rows::ExpandTriple};
+}
+
+} // namespace
+
+} // namespace zel

@@ -1,0 +1,103 @@
+#include "image/Kernels.h"
+
+#include "Pictures.h"
+
+#include <gtest/gtest.h>
+
+using namespace test;
+
+namespace
+{
+
+std::vector<const zel::Kernels*> Variants()
+{
+#if defined(__x86_64__) || defined(__i386__)
+    if (__builtin_cpu_supports("avx2"))
+        return {&zel::kSse2Kernels, &zel::kAvx2Kernels};
+    return {&zel::kSse2Kernels};
+#else
+    return {};
+#endif
+}
+
+// Rows of random bytes, and of few values, so that keys are met; with guard bytes around them.
+struct Rows
+{
+    static constexpr int kGuard = 40;
+
+    explicit Rows(int count) : target(Row(count)), first(Row(count)), second(Row(count)) {}
+
+    static Bytes Row(int count)
+    {
+        Bytes bytes = RandomBytes(static_cast<std::size_t>(4 * count + 2 * kGuard));
+        if (RandomInt(0, 1) == 0)
+            for (unsigned char& byte : bytes)
+                byte = byte < 128 ? 0 : 255;
+        return bytes;
+    }
+
+    Bytes target, first, second;
+};
+
+} // namespace
+
+TEST(Kernels, VariantsWriteWhatThePlainRowsWrite)
+{
+    const zel::Kernels& plain = zel::kPlainKernels;
+    for (const zel::Kernels* const variant : Variants())
+        for (int round = 0; round < 6000; ++round)
+        {
+            const int count = round % 71, at = RandomInt(0, 31);
+            const int steps[] = {RandomInt(3, 4), RandomInt(3, 4), RandomInt(3, 4)};
+            const int alpha = round % 257;
+            const auto byte = static_cast<unsigned char>(alpha);
+            const unsigned char key[3] = {static_cast<unsigned char>(255 * RandomInt(0, 1)), 0,
+                                          static_cast<unsigned char>(255 * RandomInt(0, 1))};
+            const int color[3] = {RandomInt(0, 255), RandomInt(0, 255), RandomInt(0, 255)};
+            const Rows rows(count);
+            const bool inPlace = RandomInt(0, 2) == 0;
+
+            const auto run = [&](int operation, const zel::Kernels& kernels)
+            {
+                Bytes target = rows.target, first = rows.first, second = rows.second;
+                unsigned char* const to = target.data() + at;
+                const unsigned char* s1 = first.data() + at / 2;
+                const unsigned char* const s2 = inPlace && steps[0] == steps[2] ? to : second.data() + at / 3;
+                switch (operation)
+                {
+                case 0:
+                    kernels.blendRowByAlpha(to, steps[0], s1, s2, steps[2], count);
+                    break;
+                case 1:
+                    kernels.blendRow(to, steps[0], s1, steps[1], s2, steps[2], byte, count);
+                    break;
+                case 2:
+                    kernels.keyRow(to, steps[0], s1, steps[1], s2, steps[2], key, count);
+                    break;
+                case 3:
+                    kernels.multiplyRow(to, steps[0], s1, steps[1], s2, steps[2], count);
+                    break;
+                case 4:
+                    kernels.setAlphaRow(to, s1, count);
+                    break;
+                case 5:
+                    kernels.fillAlphaRow(to, byte, count);
+                    break;
+                case 6:
+                    kernels.keyAlphaRow(to, static_cast<std::uint32_t>(key[0] | key[2] << 16), round % 2 == 0,
+                                        count);
+                    break;
+                case 7:
+                    kernels.expandTripleRow(to, s1, count);
+                    break;
+                default:
+                    kernels.mixRow(to, color, alpha, count);
+                }
+                return target;
+            };
+            for (int operation = 0; operation < 9; ++operation)
+                ASSERT_EQ(run(operation, *variant), run(operation, plain))
+                    << "operation " << operation << ", " << count << " pixels at " << at << ", steps "
+                    << steps[0] << steps[1] << steps[2] << (inPlace ? ", in place" : "");
+        }
+}
