@@ -2,6 +2,7 @@
 
 // The operations that change nothing but pixel bytes: resampling, blending, regions.
 
+#include "ResizeRoads.h"
 #include "image/Kernels.h"
 
 #include <algorithm>
@@ -47,72 +48,6 @@ int PartOf(float fraction, double whole)
     if (!(fraction > 0.0F))
         return 0;
     return static_cast<int>(std::min(static_cast<double>(fraction), 1.0) * whole);
-}
-
-// What `entryOf` gives for each column. std::bad_alloc where memory runs out, on 32 bits too.
-template <typename EntryOf>
-auto ColumnTable(int columns, const EntryOf& entryOf)
-{
-    using Entry = decltype(entryOf(0));
-    auto table = std::make_unique_for_overwrite<Entry[]>(static_cast<std::size_t>(columns));
-    for (int i = 0; i < columns; ++i)
-        table.get()[i] = entryOf(i);
-    return table;
-}
-
-// The roads of Resize: each fills all pixels of `to`, `channels` bytes a pixel, from an image with pixels.
-
-void ResizeNearest(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels)
-{
-    const auto columns = ColumnTable(to.Width(), [&](int i)
-                                     { return zel::NearestTap(i * stepX, from.Width(), from.PixelSize()); });
-
-    const bool copies = channels == to.PixelSize();
-    const auto rowBytes = static_cast<std::size_t>(channels) * static_cast<std::size_t>(to.Width());
-    double y = 0.0;
-    int lastTap = -1;
-    for (int row = 0; row < to.Height(); ++row, y += stepY)
-    {
-        const int tap = zel::NearestTap(y, from.Height(), 1);
-        if (copies && tap == lastTap)
-            std::memcpy(to.GetPixelFast(0, row), to.GetPixelFast(0, row - 1), rowBytes);
-        else
-            zel::GatherRow(to.GetPixelFast(0, row), to.PixelSize(), from.GetPixelFast(0, tap), columns.get(),
-                           to.Width(), channels);
-        lastTap = tap;
-    }
-}
-
-void ResizeLinear(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels)
-{
-    const auto columns = ColumnTable(
-        to.Width(), [&](int i) { return zel::MakeLinearTap(i * stepX, from.Width(), from.PixelSize()); });
-
-    double y = 0.0;
-    for (int row = 0; row < to.Height(); ++row, y += stepY)
-    {
-        const zel::LinearTap tap = zel::MakeLinearTap(y, from.Height(), 1);
-        zel::LinearRow(to.GetPixelFast(0, row), to.PixelSize(), from.GetPixelFast(0, tap.offset[0]),
-                       from.GetPixelFast(0, tap.offset[1]), tap.fraction, columns.get(), to.Width(),
-                       channels);
-    }
-}
-
-void ResizeCubic(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels)
-{
-    const auto columns = ColumnTable(
-        to.Width(), [&](int i) { return zel::MakeCubicTap(i * stepX, from.Width(), from.PixelSize()); });
-
-    double y = 0.0;
-    for (int row = 0; row < to.Height(); ++row, y += stepY)
-    {
-        const zel::CubicTap tap = zel::MakeCubicTap(y, from.Height(), 1);
-        const unsigned char* const rows[4] = {
-            from.GetPixelFast(0, tap.offset[0]), from.GetPixelFast(0, tap.offset[1]),
-            from.GetPixelFast(0, tap.offset[2]), from.GetPixelFast(0, tap.offset[3])};
-        zel::CubicRow(to.GetPixelFast(0, row), to.PixelSize(), rows, tap.weight, columns.get(), to.Width(),
-                      channels);
-    }
 }
 
 // A picture that CopyRect reads: rows from the bottom upward.
@@ -191,11 +126,11 @@ bool CTarvexDib::Resize(CTarvexDib& source) const
     const int channels = isTriple ? 3 : std::min(m_pixelSize, source.m_pixelSize);
 
     if (sampler == &CTarvexDib::NearestNeighbour)
-        ResizeNearest(*this, source, stepX, stepY, channels);
+        zel::ResizeNearest(*this, source, stepX, stepY, channels);
     else if (sampler == &CTarvexDib::BiLinearTriple || sampler == &CTarvexDib::BiLinearQuad)
-        ResizeLinear(*this, source, stepX, stepY, channels);
+        zel::ResizeLinear(*this, source, stepX, stepY, channels);
     else if (sampler == &CTarvexDib::CubicTriple || sampler == &CTarvexDib::CubicQuad)
-        ResizeCubic(*this, source, stepX, stepY, channels);
+        zel::ResizeCubic(*this, source, stepX, stepY, channels);
     else
         ResizeBySampler(source, stepX, stepY, channels);
     return true;
@@ -332,8 +267,8 @@ bool CTarvexDib::Clone(const CTarvexDib& src, int left, int top, int right, int 
 
     const double stepX = static_cast<double>(right - left) / m_width;
     const double stepY = static_cast<double>(bottom - top) / m_height;
-    const auto columns =
-        ColumnTable(m_width, [&](int i) { return (static_cast<int>(i * stepX) + left) * src.m_pixelSize; });
+    const auto columns = zel::ColumnTable(m_width, [&](int i)
+                                          { return (static_cast<int>(i * stepX) + left) * src.m_pixelSize; });
 
     const zel::Kernels& kernels = zel::ActiveKernels();
     const int channels = std::min(m_pixelSize, src.m_pixelSize);

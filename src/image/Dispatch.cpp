@@ -5,8 +5,9 @@
 namespace zel
 {
 
-constinit const Kernels kPlainKernels = {BlendRowByAlpha, BlendRow,    KeyRow, MultiplyRow,    SetAlphaRow,
-                                         FillAlphaRow,    KeyAlphaRow, MixRow, ExpandTripleRow};
+constinit const Kernels kPlainKernels = {FilterRow,   AddRows,     BlendRowByAlpha, BlendRow,
+                                         KeyRow,      MultiplyRow, SetAlphaRow,     FillAlphaRow,
+                                         KeyAlphaRow, MixRow,      ExpandTripleRow};
 
 namespace
 {

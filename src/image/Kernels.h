@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 /// The pixel loops of the image operations, one row a call: pointers, steps and counts, no images.
@@ -38,6 +39,24 @@ void GatherRow(unsigned char* dst, int dstStep, const unsigned char* src, const 
 /// Bilinear mixture of two source rows, `fraction` of the way from `upper` to `lower`.
 void LinearRow(unsigned char* dst, int dstStep, const unsigned char* upper, const unsigned char* lower,
                double fraction, const LinearTap* columns, int count, int channels);
+
+/// The taps of either in floats; offsets and weights behind the last tap are 0.
+struct FilterTap
+{
+    int offset[4];
+    float weight[4];
+};
+
+/// Four floats for each of `count` columns: the sum of `taps` pixels, 2 or 4, at src + offset, under the
+/// weights. With 3 channels the fourth float is of no meaning. The first `within` columns may be read as
+/// pixels of four bytes.
+void FilterRow(float* out, const unsigned char* src, const FilterTap* columns, int taps, int count,
+               int within, int channels);
+
+/// The sum of `taps` such rows under their weights, rounded to bytes. `undecided` becomes 1 where the sum
+/// lies within `margin` of the border between two bytes, else 0.
+void AddRows(unsigned char* out, unsigned char* undecided, const float* const (&rows)[4],
+             const float (&weights)[4], int taps, float margin, std::ptrdiff_t count);
 
 /// Sum of four source rows of four taps each, under the products of their weights.
 void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
@@ -129,6 +148,8 @@ void ExpandTripleRow(unsigned char* dst, const unsigned char* src, int count);
 
 struct Kernels
 {
+    decltype(&FilterRow) filterRow;
+    decltype(&AddRows) addRows;
     decltype(&BlendRowByAlpha) blendRowByAlpha;
     decltype(&BlendRow) blendRow;
     decltype(&KeyRow) keyRow;

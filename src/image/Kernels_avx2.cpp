@@ -151,6 +151,21 @@ inline void StoreColors(unsigned char* bytes, int step, Vector a)
     Store(bytes, Or(And(colors, a), AndNot(colors, Load<Vector>(bytes))));
 }
 
+using Floats = __m128;
+
+/// The four bytes of a pixel.
+inline Floats PixelAsFloats(const unsigned char* bytes)
+{
+    int four;
+    std::memcpy(&four, bytes, sizeof four);
+    return _mm_cvtepi32_ps(_mm_cvtepu8_epi32(_mm_cvtsi32_si128(four)));
+}
+
+inline void StoreFloats(float* out, Floats values)
+{
+    _mm_storeu_ps(out, values);
+}
+
 } // namespace
 
 #include "image/VectorKernels.h"

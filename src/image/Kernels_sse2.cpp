@@ -132,6 +132,23 @@ inline void StoreColors(unsigned char* bytes, int, Vector a)
     Store(bytes, Or(And(colors, a), AndNot(colors, Load<Vector>(bytes))));
 }
 
+using Floats = __m128;
+
+/// The four bytes of a pixel.
+inline Floats PixelAsFloats(const unsigned char* bytes)
+{
+    int four;
+    std::memcpy(&four, bytes, sizeof four);
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i words = _mm_unpacklo_epi8(_mm_cvtsi32_si128(four), zero);
+    return _mm_cvtepi32_ps(_mm_unpacklo_epi16(words, zero));
+}
+
+inline void StoreFloats(float* out, Floats values)
+{
+    _mm_storeu_ps(out, values);
+}
+
 } // namespace
 
 #include "image/VectorKernels.h"

@@ -1,3 +1,4 @@
+#include "image/FloatRows.h"
 #include "image/Kernels.h"
 
 #include <algorithm>
@@ -72,6 +73,18 @@ void CubicPixels(unsigned char* dst, int dstStep, const unsigned char* const (&r
     }
 }
 
+template <int kTaps, int kChannels>
+void FilterPixels(float* out, const unsigned char* src, const FilterTap* columns, int count)
+{
+    for (int i = 0; i < count; ++i, out += 4)
+        for (int c = 0; c < 4; ++c)
+        {
+            out[c] = 0.0F;
+            for (int k = 0; k < kTaps && c < kChannels; ++k)
+                out[c] += static_cast<float>(src[columns[i].offset[k] + c]) * columns[i].weight[k];
+        }
+}
+
 } // namespace
 
 int NearestTap(double position, int length, int step)
@@ -108,6 +121,21 @@ void LinearRow(unsigned char* dst, int dstStep, const unsigned char* upper, cons
                double fraction, const LinearTap* columns, int count, int channels)
 {
     (channels == 3 ? LinearPixels<3> : LinearPixels<4>)(dst, dstStep, upper, lower, fraction, columns, count);
+}
+
+void FilterRow(float* out, const unsigned char* src, const FilterTap* columns, int taps, int count, int,
+               int channels)
+{
+    if (channels == 3)
+        (taps == 2 ? FilterPixels<2, 3> : FilterPixels<4, 3>)(out, src, columns, count);
+    else
+        (taps == 2 ? FilterPixels<2, 4> : FilterPixels<4, 4>)(out, src, columns, count);
+}
+
+void AddRows(unsigned char* out, unsigned char* undecided, const float* const (&rows)[4],
+             const float (&weights)[4], int taps, float margin, std::ptrdiff_t count)
+{
+    AddRowsInFloats(out, undecided, rows, weights, taps, margin, count);
 }
 
 void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "image/FloatRows.h"
 #include "image/Kernels.h"
 
 /// The rows of Kernels.h for one instruction set. `Vector` names its vector of bytes and what can be done
@@ -36,6 +37,13 @@ struct VectorRows
 {
     static constexpr int kBytes = static_cast<int>(sizeof(Vector));
     static constexpr int kPixels = kBytes / 4; // of 4 bytes
+
+    static void Filter(float* out, const unsigned char* src, const FilterTap* columns, int taps, int count,
+                       int within, int channels)
+    {
+        (taps == 2 ? FilterPixels<2> : FilterPixels<4>)(out, src, columns, within);
+        FilterRow(out + 4 * within, src, columns + within, taps, count - within, 0, channels);
+    }
 
     static void BlendByAlpha(unsigned char* dst, int dstStep, const unsigned char* s1,
                              const unsigned char* s2, int s2Step, int count)
@@ -143,6 +151,19 @@ struct VectorRows
 private:
     static constexpr int kBehind = 2; // pixels of 3 bytes that loading a vector of them touches besides
 
+    template <int kTaps>
+    static void FilterPixels(float* out, const unsigned char* src, const FilterTap* columns, int count)
+    {
+        for (int i = 0; i < count; ++i, out += 4)
+        {
+            const FilterTap& tap = columns[i];
+            Floats sum = PixelAsFloats(src + tap.offset[0]) * tap.weight[0];
+            for (int k = 1; k < kTaps; ++k)
+                sum += PixelAsFloats(src + tap.offset[k]) * tap.weight[k];
+            StoreFloats(out, sum);
+        }
+    }
+
     /// Colours of dst = combination(s1, s2) for whole vectors of pixels. Gives how many.
     template <typename Combination>
     static int ByPixels(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
@@ -182,8 +203,9 @@ template <typename Vector>
 constexpr Kernels VectorKernels()
 {
     using Rows = VectorRows<Vector>;
-    return {Rows::BlendByAlpha, Rows::Blend,    Rows::Key, Rows::Multiply,    Rows::SetAlpha,
-            Rows::FillAlpha,    Rows::KeyAlpha, Rows::Mix, Rows::ExpandTriple};
+    return {Rows::Filter,   AddRowsInFloats, Rows::BlendByAlpha, Rows::Blend,
+            Rows::Key,      Rows::Multiply,  Rows::SetAlpha,     Rows::FillAlpha,
+            Rows::KeyAlpha, Rows::Mix,       Rows::ExpandTriple};
 }
 
 } // namespace

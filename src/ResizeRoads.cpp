@@ -1,0 +1,192 @@
+#include "ResizeRoads.h"
+
+#include "image/Kernels.h"
+
+#include <cmath>
+#include <cstring>
+
+namespace zel
+{
+
+namespace
+{
+
+// Bilinear and cubic are sums of products in doubles, defined pixel by pixel. Nearly every byte of a result
+// is found at a fraction of that cost: each source row is filtered along x into floats once, the rows that a
+// pixel's row takes are added up, and where the sum lies farther from the border between two bytes than all
+// errors together can be, the byte is decided. The others are computed as defined.
+//
+// The errors, in units of 255 * 2^-24, that is 255 roundings of a float below 1: a pass over n pixels
+// has n / 2 from the weights, at most 1/2 each, 1 from the products, as the weights add up to 1, and n - 1
+// from the additions; 6 for four pixels, 12 for two passes, and 1 for the half that rounds. 13 units are
+// 0.0002; the doubles' own errors are nothing beside that.
+constexpr float kMargin = 1.0F / 2048;
+
+// Where all fractions are multiples of 2^-8 the floats are exact, and so are the doubles: everything is
+// decided.
+constexpr float kExactMargin = -1.0F;
+
+bool IsCoarse(double fraction)
+{
+    return fraction * 256.0 == std::floor(fraction * 256.0);
+}
+
+bool IsExact(const LinearTap& tap)
+{
+    return IsCoarse(tap.fraction);
+}
+
+bool IsExact(const CubicTap&)
+{
+    return false; // weights of thirds
+}
+
+FilterTap MakeFilterTap(const LinearTap& tap)
+{
+    return {{tap.offset[0], tap.offset[1], 0, 0},
+            {static_cast<float>(1.0 - tap.fraction), static_cast<float>(tap.fraction), 0.0F, 0.0F}};
+}
+
+FilterTap MakeFilterTap(const CubicTap& tap)
+{
+    FilterTap result;
+    for (int k = 0; k < 4; ++k)
+    {
+        result.offset[k] = tap.offset[k];
+        result.weight[k] = static_cast<float>(tap.weight[k]);
+    }
+    return result;
+}
+
+// One pixel as it is defined.
+void ExactPixel(unsigned char* dst, const CTarvexDib& from, const LinearTap& column, const LinearTap& row,
+                int channels)
+{
+    LinearRow(dst, channels, from.GetPixelFast(0, row.offset[0]), from.GetPixelFast(0, row.offset[1]),
+              row.fraction, &column, 1, channels);
+}
+
+void ExactPixel(unsigned char* dst, const CTarvexDib& from, const CubicTap& column, const CubicTap& row,
+                int channels)
+{
+    const unsigned char* const rows[4] = {
+        from.GetPixelFast(0, row.offset[0]), from.GetPixelFast(0, row.offset[1]),
+        from.GetPixelFast(0, row.offset[2]), from.GetPixelFast(0, row.offset[3])};
+    CubicRow(dst, channels, rows, row.weight, &column, 1, channels);
+}
+
+// How many columns, from the left, read no byte behind the row when each pixel is read as four bytes.
+int ColumnsWithinRow(const FilterTap* columns, int taps, int count, int rowBytes)
+{
+    while (count > 0 && columns[count - 1].offset[taps - 1] + 4 > rowBytes)
+        --count;
+    return count;
+}
+
+// The colours of pixels of four bytes. Into pixels of three all four are written where another one follows.
+void StoreColors(unsigned char* dst, int dstStep, const unsigned char* pixels, int count)
+{
+    const std::size_t bytes = dstStep == 3 ? 4 : 3;
+    for (int i = 0; i < count - 1; ++i, dst += dstStep, pixels += 4)
+        bytes == 4 ? std::memcpy(dst, pixels, 4) : std::memcpy(dst, pixels, 3);
+    std::memcpy(dst, pixels, 3);
+}
+
+// `makeTap` makes a Tap, of `taps` pixels, as of Kernels.h.
+template <typename Tap>
+void ResizeBySums(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels,
+                  int taps, Tap (*makeTap)(double position, int length, int step))
+{
+    const int width = to.Width(), height = to.Height();
+    const auto columns =
+        ColumnTable(width, [&](int i) { return makeTap(i * stepX, from.Width(), from.PixelSize()); });
+    const auto filterColumns = ColumnTable(width, [&](int i) { return MakeFilterTap(columns.get()[i]); });
+    double y = 0.0; // as defined, by repeated addition from the top
+    const auto positions = ColumnTable(height, [&](int row) { return row == 0 ? y : y += stepY; });
+    const auto rowFloats = std::size_t{4} * static_cast<std::size_t>(width);
+    const auto filtered = std::make_unique_for_overwrite<float[]>(4 * rowFloats);
+    const auto bytes = std::make_unique_for_overwrite<unsigned char[]>(2 * rowFloats);
+
+    bool columnsAreExact = true;
+    for (int i = 0; i < width; ++i)
+        columnsAreExact = columnsAreExact && IsExact(columns.get()[i]);
+    const int within = ColumnsWithinRow(filterColumns.get(), taps, width, from.PixelSize() * from.Width());
+    const Kernels& kernels = ActiveKernels();
+    const bool direct = channels == 4;
+    unsigned char* const undecided = bytes.get() + rowFloats;
+
+    // The rows taken together are neighbours, so that each finds its place by its number. From the bottom row
+    // up, the order of memory.
+    int held[4] = {-1, -1, -1, -1};
+    for (int row = height - 1; row >= 0; --row)
+    {
+        const Tap rowTap = makeTap(positions.get()[row], from.Height(), 1);
+        const FilterTap weights = MakeFilterTap(rowTap);
+        const float* rows[4] = {};
+        for (int k = 0; k < taps; ++k)
+        {
+            const int index = rowTap.offset[k], place = index % 4;
+            float* const floats = filtered.get() + static_cast<std::size_t>(place) * rowFloats;
+            if (held[place] != index)
+                kernels.filterRow(floats, from.GetPixelFast(0, index), filterColumns.get(), taps, width,
+                                  within, channels);
+            held[place] = index;
+            rows[k] = floats;
+        }
+
+        unsigned char* const dst = to.GetPixelFast(0, row);
+        unsigned char* const sums = direct ? dst : bytes.get();
+        const bool isExact = columnsAreExact && IsExact(rowTap);
+        kernels.addRows(sums, undecided, rows, weights.weight, taps, isExact ? kExactMargin : kMargin,
+                        std::ptrdiff_t{4} * width);
+        if (!direct)
+            StoreColors(dst, to.PixelSize(), sums, width);
+        if (isExact)
+            continue;
+
+        const unsigned char* const end = undecided + rowFloats;
+        const unsigned char* at = undecided;
+        while (
+            (at = static_cast<const unsigned char*>(std::memchr(at, 1, static_cast<std::size_t>(end - at)))))
+        {
+            const auto i = (at - undecided) / 4;
+            ExactPixel(dst + to.PixelSize() * i, from, columns.get()[i], rowTap, channels);
+            at = undecided + 4 * (i + 1);
+        }
+    }
+}
+
+} // namespace
+
+void ResizeNearest(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels)
+{
+    const auto columns = ColumnTable(to.Width(), [&](int i)
+                                     { return zel::NearestTap(i * stepX, from.Width(), from.PixelSize()); });
+
+    const bool copies = channels == to.PixelSize();
+    const auto rowBytes = static_cast<std::size_t>(channels) * static_cast<std::size_t>(to.Width());
+    double y = 0.0;
+    int lastTap = -1;
+    for (int row = 0; row < to.Height(); ++row, y += stepY)
+    {
+        const int tap = zel::NearestTap(y, from.Height(), 1);
+        if (copies && tap == lastTap)
+            std::memcpy(to.GetPixelFast(0, row), to.GetPixelFast(0, row - 1), rowBytes);
+        else
+            zel::GatherRow(to.GetPixelFast(0, row), to.PixelSize(), from.GetPixelFast(0, tap), columns.get(),
+                           to.Width(), channels);
+        lastTap = tap;
+    }
+}
+
+void ResizeLinear(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels)
+{
+    ResizeBySums(to, from, stepX, stepY, channels, 2, MakeLinearTap);
+}
+
+void ResizeCubic(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels)
+{
+    ResizeBySums(to, from, stepX, stepY, channels, 4, MakeCubicTap);
+}
+
+} // namespace zel
