@@ -1,6 +1,7 @@
 #include "ZelUtil/WinDib.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -43,6 +44,14 @@ bool CWinDib::Capture(HDC const hdc, const CRect& rect)
 {
     constexpr WORD kPaletteVersion = 0x300;
     constexpr UINT kEntries = 255;
+
+    const std::int64_t width = std::int64_t{rect.right} - rect.left;
+    const std::int64_t height = std::int64_t{rect.bottom} - rect.top;
+    if (width != rect.Width() || height != rect.Height())
+    {
+        Empty();
+        return false;
+    }
 
     CDC memory;
     memory.Attach(CreateCompatibleDC(hdc));

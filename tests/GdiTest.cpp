@@ -59,7 +59,8 @@ TEST(Gdi, HandlesEndWithTheirObjects)
     EXPECT_TRUE(DeleteObject(memory)); // as DeleteDC
     EXPECT_FALSE(DeleteObject(memory));
     EXPECT_EQ(CreateCompatibleDC(memory), nullptr);
-    EXPECT_EQ(ReleaseDC(nullptr, screen), 1);
+    EXPECT_TRUE(DeleteDC(screen));
+    EXPECT_EQ(ReleaseDC(nullptr, screen), 0);
 }
 
 TEST(Gdi, WrongHandlesFail)
@@ -100,8 +101,8 @@ TEST(Gdi, WrongHandlesFail)
     EXPECT_TRUE(draws(nullptr, bytes) == 0 && draws(&info, nullptr) == 0);
     for (const auto& spoil :
          {+[](BITMAPINFOHEADER& h) { h.biSize = 39; }, +[](BITMAPINFOHEADER& h) { h.biPlanes = 0; },
-          +[](BITMAPINFOHEADER& h) { h.biBitCount = 5; }, +[](BITMAPINFOHEADER& h) { h.biWidth = 0; },
-          +[](BITMAPINFOHEADER& h) { h.biHeight = 0; }})
+          +[](BITMAPINFOHEADER& h) { h.biCompression = 1; }, +[](BITMAPINFOHEADER& h) { h.biBitCount = 5; },
+          +[](BITMAPINFOHEADER& h) { h.biWidth = 0; }, +[](BITMAPINFOHEADER& h) { h.biHeight = 0; }})
     {
         BITMAPINFO bad = info;
         spoil(bad.bmiHeader);
@@ -178,4 +179,72 @@ TEST(Gdi, PalettesStayUsableWhileSelected)
     EXPECT_FALSE(DeleteObject(palette));
     EXPECT_EQ(SelectPalette(memory, static_cast<HPALETTE>(GetStockObject(DEFAULT_PALETTE)), TRUE), palette);
     EXPECT_TRUE(DeleteDC(memory));
+}
+
+TEST(Gdi, EdgesOfTheCalls)
+{
+    const HDC screen = GetDC(nullptr), memory = CreateCompatibleDC(screen);
+    const HBITMAP bitmap = CreateBitmap(2, 3, 1, 32, nullptr);
+    const HGDIOBJ stock = SelectObject(memory, bitmap);
+    BITMAPINFO info = {};
+    info.bmiHeader = {40, 2, 2, 1, 32, 0, 0, 0, 0, 0, 0};
+    const std::uint32_t picture[] = {1, 2, 3, 4}; // the bottom row is 1 2
+    const auto stretch =
+        [&](HDC dc, int x, int width, int height, int srcX, int srcY, int srcWidth, int srcHeight)
+    {
+        return StretchDIBits(dc, x, 0, width, height, srcX, srcY, srcWidth, srcHeight, picture, &info,
+                             DIB_RGB_COLORS, SRCCOPY);
+    };
+    const auto blue = [&](int x, int y) { return GetPixel(memory, x, y) >> 16; };
+
+    EXPECT_EQ(stretch(screen, 0, 1, 1, 0, 0, 2, 2), 2);
+    EXPECT_EQ(stretch(screen, 0, 1, 1, 0, 2, 2, 2), 0);
+    EXPECT_EQ(stretch(memory, 9, 1, 1, 0, 0, 2, 2), 2);
+    EXPECT_EQ(stretch(memory, -2, 4, 1, -2, 0, 4, 1), 2);
+    EXPECT_TRUE(blue(0, 0) == 1 && blue(1, 0) == 2);
+    EXPECT_EQ(stretch(memory, 0, 2, 2, 1, 1, -2, 2), 2); // columns backwards, rows from the second upward
+    EXPECT_TRUE(blue(0, 0) == 1 && blue(0, 1) == 4 && blue(1, 1) == 3);
+    info.bmiHeader.biHeight = -2; // rows from the top
+    EXPECT_EQ(stretch(memory, 0, 2, 2, 0, 0, 2, 2), 2);
+    EXPECT_TRUE(blue(0, 0) == 1 && blue(1, 1) == 4);
+    std::uint32_t read[6] = {};
+    info.bmiHeader.biHeight = -3;
+    EXPECT_EQ(GetDIBits(screen, bitmap, 0, 3, read, &info, DIB_RGB_COLORS), 3);
+    EXPECT_TRUE(read[0] == 1 && read[3] == 4);
+    info.bmiHeader.biHeight = 3;
+    EXPECT_EQ(GetDIBits(screen, bitmap, 0, 1, read, &info, DIB_RGB_COLORS), 1);
+    info.bmiHeader.biHeight = 2;
+
+    // Within one bitmap, down and to the right.
+    for (int y = 0; y < 3; ++y)
+        SetPixel(memory, 0, y, static_cast<COLORREF>((y + 1) << 16));
+    EXPECT_TRUE(BitBlt(memory, 0, 1, 1, 2, memory, 0, 0, SRCCOPY));
+    EXPECT_TRUE(blue(0, 0) == 1 && blue(0, 1) == 1 && blue(0, 2) == 2);
+    EXPECT_TRUE(BitBlt(memory, 1, 0, 1, 3, memory, 0, 0, SRCCOPY));
+    EXPECT_EQ(blue(1, 2), 2U);
+
+    BITMAP description;
+    EXPECT_EQ(GetObject(bitmap, 0, nullptr), static_cast<int>(sizeof description));
+    const HBITMAP mono = CreateDIBitmap(nullptr, &info.bmiHeader, 0, nullptr, &info, DIB_RGB_COLORS);
+    GetObject(mono, sizeof description, &description);
+    EXPECT_EQ(description.bmBitsPixel, 1);
+    const HBITMAP blank = CreateDIBitmap(screen, &info.bmiHeader, 0, nullptr, &info, DIB_RGB_COLORS);
+    EXPECT_NE(blank, nullptr);
+    SelectObject(memory, mono);
+    EXPECT_EQ(SetPixel(memory, 0, 0, 0x808080), 0xFFFFFFU);
+    EXPECT_EQ(SetPixel(memory, 0, 0, 0x7F7F7F), 0U);
+    SelectObject(memory, stock);
+    EXPECT_EQ(
+        CreateDIBitmap(static_cast<HDC>(kForeign), &info.bmiHeader, CBM_INIT, picture, &info, DIB_RGB_COLORS),
+        nullptr);
+    info.bmiHeader.biWidth = -2;
+    EXPECT_EQ(CreateDIBitmap(screen, &info.bmiHeader, CBM_INIT, picture, &info, DIB_RGB_COLORS), nullptr);
+    const HBITMAP words = CreateBitmap(1, 1, 1, 16, nullptr);
+    EXPECT_EQ(SelectObject(memory, words), nullptr);
+    EXPECT_EQ(SetStretchBltMode(memory, HALFTONE), BLACKONWHITE);
+    for (const HBITMAP made : {bitmap, mono, blank, words})
+        EXPECT_TRUE(DeleteObject(made));
+    EXPECT_TRUE(DeleteObject(GetStockObject(DEFAULT_PALETTE)));
+    EXPECT_TRUE(DeleteObject(GetStockObject(DEFAULT_PALETTE)));
+    EXPECT_TRUE(DeleteDC(memory) && ReleaseDC(nullptr, screen) == 1);
 }

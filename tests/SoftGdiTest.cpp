@@ -45,6 +45,7 @@ TEST(SoftGdi, PaletteDevicesStoreIndices)
     EXPECT_EQ(GetDeviceCaps(memory, HORZRES), 640);
     EXPECT_EQ(GetDeviceCaps(memory, VERTRES), 480);
     PALETTEENTRY entries[300] = {};
+    EXPECT_EQ(GetSystemPaletteEntries(memory, 300, 5, entries), 0U);
     EXPECT_EQ(GetSystemPaletteEntries(memory, 250, 300, entries), 6U);
     EXPECT_TRUE(entries[5].peRed == 255 && entries[5].peGreen == 0 && entries[6].peGreen == 0);
 

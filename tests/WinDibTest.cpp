@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <gtest/gtest.h>
+#include <limits>
 
 using namespace test;
 
@@ -363,6 +364,10 @@ TEST(WinDib, CapturesTheRectangle)
     const HDC stale = gone;
     gone.DeleteDC();
     EXPECT_FALSE(dib.Capture(stale, CRect(0, 0, 2, 2)));
+    EXPECT_EQ(dib.BitCount(), 0);
+    ASSERT_TRUE(dib.Create(1, 1, 24));
+    constexpr int kMost = std::numeric_limits<int>::max();
+    EXPECT_FALSE(dib.Capture(canvas.Dc(), CRect(-kMost, 0, kMost, 1)));
     EXPECT_EQ(dib.BitCount(), 0);
 }
 

@@ -10,20 +10,21 @@
 /// Windows machine whose display has 32 bits, and shows nothing: contexts and bitmaps in memory are whole,
 /// what is drawn on the screen is lost.
 ///
-///   Handles   checked: a null, stale or foreign one makes the call fail as on Windows. At most 65,000 live
-///             at a time; nothing is released but by the calls for it.
-///   Bitmaps   1 and 32 bits, on a palette device 8 bits too, can be selected and drawn on; CreateBitmap also
-///             makes those of 16 and 24 bits (and 8), whose pixels GetDIBits reads.
+///   Handles   checked: a null, stale or foreign one makes the call fail as on Windows. Nearly 65,000
+///             can live at a time; nothing is released but by the calls for it.
+///   Bitmaps   of 1 bit and of the screen's depth can be selected and drawn on; CreateBitmap makes those of
+///             1, 8, 16, 24 and 32 bits, whose pixels GetDIBits reads.
 ///   Drawing   source pixels become those of the target: as they are at 32 bits, the fourth byte too (0 from
 ///             fewer bits); white where they are white, else black, at 1 bit; the nearest of the screen's
-///             colours at 8 bits. Only SRCCOPY and DIB_RGB_COLORS are known.
+///             colours at 8 bits. SetPixel and CreateDIBitmap choose the nearer of black and white. Only
+///             SRCCOPY and DIB_RGB_COLORS are known.
 ///   Threads   may call at the same time, as long as no two use one context.
 ///
 /// The stock bitmap is that of a fresh memory context, and what an empty size gives: 1 x 1 at 1 bit.
 
 /// What the screen is from now on: `bitCount` is 32, or 8 for a palette device with the `count` colours, up
 /// to 256, of `palette`. At first 1024 x 768 at 32 bits. False, with nothing changed, for anything else.
-/// Contexts and bitmaps stay as they are.
+/// Contexts and bitmaps stay as they are; a bitmap of another depth than the screen's can only be read.
 ZELUTIL_API bool SetSoftScreen(int width, int height, int bitCount, const PALETTEENTRY* palette,
                                unsigned count);
 
@@ -45,8 +46,8 @@ ZELUTIL_API HBITMAP CreateBitmap(int width, int height, UINT planes, UINT bitCou
 ZELUTIL_API HBITMAP CreateCompatibleBitmap(HDC dc, int width, int height);
 ZELUTIL_API HBITMAP CreateDIBitmap(HDC dc, const BITMAPINFOHEADER* header, DWORD flags, const void* bits,
                                    const BITMAPINFO* info, UINT usage);
-ZELUTIL_API HPALETTE CreatePalette(const LOGPALETTE* palette);
-ZELUTIL_API HGDIOBJ GetStockObject(int index); ///< DEFAULT_PALETTE, or null
+ZELUTIL_API HPALETTE CreatePalette(const LOGPALETTE* palette); ///< version 0x300, 1 to 1024 entries
+ZELUTIL_API HGDIOBJ GetStockObject(int index);                 ///< DEFAULT_PALETTE, or null
 ZELUTIL_API HGDIOBJ SelectObject(HDC dc, HGDIOBJ object);
 ZELUTIL_API BOOL DeleteObject(HGDIOBJ object);
 ZELUTIL_API int GetObjectA(HGDIOBJ object, int size, void* record);

@@ -7,7 +7,7 @@
 /// \name Wrappers of handles
 /// With the names and the manner of the class library that Windows programs know, and no more than is needed
 /// to hand such objects to CWinDib. One that holds a handle owns it, and deletes it with itself; none can be
-/// copied.
+/// copied. Attach and the Create functions are for objects that hold none.
 /// @{
 
 class CRect : public tagRECT
@@ -17,8 +17,15 @@ public:
     CRect(int l, int t, int r, int b) : tagRECT{l, t, r, b} {}
     CRect(const RECT& rect) : tagRECT(rect) {}
 
-    int Width() const { return static_cast<int>(right - left); }
-    int Height() const { return static_cast<int>(bottom - top); }
+    /// Modulo 2^32: negative when the corners are the other way round.
+    int Width() const { return Extent(left, right); }
+    int Height() const { return Extent(top, bottom); }
+
+private:
+    static int Extent(LONG from, LONG to)
+    {
+        return static_cast<int>(static_cast<DWORD>(to) - static_cast<DWORD>(from));
+    }
 };
 
 class CDC
@@ -117,20 +124,21 @@ public:
 /// @}
 
 /// An image that goes to device contexts and comes from them. The calls are those of the system on Windows,
-/// and of SoftGdi.h elsewhere. Nothing here throws; contexts, bitmaps and palettes that an operation makes
-/// for itself are released before it ends.
+/// and of SoftGdi.h elsewhere. No operation but copying throws; contexts, bitmaps and palettes that an
+/// operation makes for itself are released before it ends.
 class ZELUTIL_API CWinDib : public virtual CTarvexDib
 {
 public:
     /// Copies the rectangle of `hdc`, in its logical coordinates, into this image: 32 bits, as wide and high
     /// as `rect`. What lies outside the context is black; an empty rectangle gives one black pixel. The
     /// fourth byte is whatever the device delivers. On a palette device colours are those of the system
-    /// palette's first 255 entries. False, with the image empty, where memory or handles run out or nothing
-    /// can be read.
+    /// palette's first 255 entries, or of its whole palette where memory for those runs out. False, with the
+    /// image empty, for a bad context, extents beyond an int, and where memory or handles run out.
     bool Capture(HDC const hdc, const CRect& rect);
 
     /// A new device bitmap for the screen with this picture, which the caller deletes by DeleteObject. Null
-    /// for an empty image and where it cannot be made.
+    /// for an empty image and where it cannot be made. Without a row or column it is the system's stock
+    /// bitmap.
     HBITMAP CreateDDB() const;
 
     /// Takes in a device bitmap, whatever its depth: 32 bits, no colour table. Where the bitmap's pixels are
@@ -141,7 +149,7 @@ public:
 
     /// Draws the whole image, scaled to `width` x `height` with the upper left corner at (x, y); negative
     /// extents mirror. Stretching mode and palette are those that the caller has set in `hdc`. Nothing
-    /// happens for an empty image, and where the device refuses.
+    /// happens for an empty image, where the device refuses and where memory runs out.
     void StretchDraw(HDC const hdc, int x, int y, int width, int height) const;
 
     /// The same for a part of the image. `srcY` counts rows from the bottom of the picture: for a part whose

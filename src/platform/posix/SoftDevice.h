@@ -105,7 +105,7 @@ private:
     struct Slot
     {
         Object object;
-        std::uint16_t uses = 0;
+        std::uint32_t uses = 0;
         std::uint32_t nextFree = 0;
     };
 
@@ -149,6 +149,14 @@ public:
 
     Context* FindContext(HDC dc) const { return m_device.objects.Find<Context>(dc); }
     Bitmap* FindBitmap(const void* bitmap) const { return m_device.objects.Find<Bitmap>(bitmap); }
+
+    /// What indices stand for: the screen's colours, or the default ones where it needs none.
+    const Colors& ScreenColors() const
+    {
+        return m_device.screen.colors.empty()
+                   ? *m_device.objects.Find<Palette>(m_device.defaultPalette)->colors
+                   : m_device.screen.colors;
+    }
 
     /// Null on the screen, where nothing stays.
     Bitmap* Target(const Context& context) const

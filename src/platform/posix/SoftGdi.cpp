@@ -42,7 +42,7 @@ void Deselect(const Access& device, const Context& context)
 bool DeleteContext(const Access& device, HDC dc)
 {
     const Context* const context = device.FindContext(dc);
-    if (context == nullptr || context->isScreen)
+    if (context == nullptr)
         return false;
     Deselect(device, *context);
     device->objects.Remove(dc);

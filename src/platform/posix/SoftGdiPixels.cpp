@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <new>
+#include <exception>
 #include <optional>
 
 using namespace zel;
@@ -17,6 +17,33 @@ namespace
 std::uint32_t Swapped(std::uint32_t color)
 {
     return (color & 0xFF) << 16 | (color & 0xFF00) | (color >> 16 & 0xFF);
+}
+
+// Pixel x of a row: an index at 1, 4 and 8 bits, else a pixel of 32 bits.
+std::uint32_t RawPixel(const std::uint8_t* row, std::int64_t x, int depth)
+{
+    const auto widened = [](int value)
+    { return static_cast<std::uint32_t>((value & 31) << 3 | (value & 31) >> 2); };
+    switch (depth)
+    {
+    case 1:
+        return row[x / 8] >> (7 - x % 8) & 1;
+    case 4:
+        return row[x / 2] >> (4 - 4 * (x % 2)) & 15;
+    case 8:
+        return row[x];
+    case 16:
+    {
+        const int word = row[2 * x] | row[2 * x + 1] << 8;
+        return widened(word >> 10) << 16 | widened(word >> 5) << 8 | widened(word);
+    }
+    case 24:
+        return static_cast<std::uint32_t>(row[3 * x] | row[3 * x + 1] << 8 | row[3 * x + 2] << 16);
+    default:
+        std::uint32_t pixel;
+        std::memcpy(&pixel, row + 4 * x, sizeof pixel);
+        return pixel;
+    }
 }
 
 // A picture in the layout of a BMP file, rows counted from the top.
@@ -43,44 +70,23 @@ public:
     std::uint32_t Pixel(std::int64_t x, std::int64_t y) const
     {
         const std::uint8_t* const row = m_bits + (m_header.biHeight > 0 ? Height() - 1 - y : y) * m_rowBytes;
-        switch (m_header.biBitCount)
-        {
-        case 1:
-            return TableColor(row[x / 8] >> (7 - x % 8) & 1);
-        case 4:
-            return TableColor(row[x / 2] >> (4 - 4 * (x % 2)) & 15);
-        case 8:
-            return TableColor(row[x]);
-        case 16:
-            return Widened(static_cast<std::uint32_t>(row[2 * x] | row[2 * x + 1] << 8));
-        case 24:
-            return static_cast<std::uint32_t>(row[3 * x] | row[3 * x + 1] << 8 | row[3 * x + 2] << 16);
-        default:
-            std::uint32_t pixel;
-            std::memcpy(&pixel, row + 4 * x, sizeof pixel);
-            return pixel;
-        }
-    }
-
-    static std::uint32_t Widened(std::uint32_t pixel)
-    {
-        const auto channel = [](std::uint32_t value) { return (value & 31) << 3 | (value & 31) >> 2; };
-        return channel(pixel >> 10) << 16 | channel(pixel >> 5) << 8 | channel(pixel);
+        const std::uint32_t value = RawPixel(row, x, m_header.biBitCount);
+        return m_header.biBitCount <= 8 ? TableColor(value) : value;
     }
 
 private:
     Dib(const BITMAPINFO& info, const std::uint8_t* bits)
         : m_header(info.bmiHeader), m_bits(bits),
-          m_table(reinterpret_cast<const std::uint8_t*>(&info) + sizeof m_header),
+          m_table(reinterpret_cast<const std::uint8_t*>(&info) + m_header.biSize),
           m_rowBytes((std::int64_t{m_header.biWidth} * m_header.biBitCount + 31) / 32 * 4)
     {
         const std::uint32_t full = m_header.biBitCount <= 8 ? 1U << m_header.biBitCount : 0;
         m_colors = m_header.biClrUsed == 0 || m_header.biClrUsed > full ? full : m_header.biClrUsed;
     }
 
-    std::uint32_t TableColor(int index) const
+    std::uint32_t TableColor(std::uint32_t index) const
     {
-        if (static_cast<std::uint32_t>(index) >= m_colors)
+        if (index >= m_colors)
             return 0;
         const std::uint8_t* const color = m_table + 4 * index;
         return static_cast<std::uint32_t>(color[0] | color[1] << 8 | color[2] << 16);
@@ -165,24 +171,8 @@ HBITMAP CreateBitmap(int width, int height, UINT planes, UINT bitCount, const vo
          ++y, row += (std::int64_t{bitmap->width} * bitmap->depth + 15) / 16 * 2)
         for (std::int64_t x = 0; x < bitmap->width; ++x)
         {
-            std::uint32_t& pixel = bitmap->Row(y)[x];
-            switch (bitCount)
-            {
-            case 1:
-                pixel = (row[x / 8] >> (7 - x % 8) & 1) != 0 ? kWhite : 0;
-                break;
-            case 8:
-                pixel = row[x];
-                break;
-            case 16:
-                pixel = Dib::Widened(static_cast<std::uint32_t>(row[2 * x] | row[2 * x + 1] << 8));
-                break;
-            case 24:
-                pixel = static_cast<std::uint32_t>(row[3 * x] | row[3 * x + 1] << 8 | row[3 * x + 2] << 16);
-                break;
-            default:
-                std::memcpy(&pixel, row + 4 * x, sizeof pixel);
-            }
+            const std::uint32_t value = RawPixel(row, x, bitmap->depth);
+            bitmap->Row(y)[x] = bitmap->depth == 1 && value != 0 ? kWhite : value;
         }
     return handle;
 }
@@ -201,9 +191,8 @@ HBITMAP CreateDIBitmap(HDC dc, const BITMAPINFOHEADER* header, DWORD flags, cons
     if (fills && !dib)
         return nullptr;
 
-    const Bitmap* const target =
-        context == nullptr ? device.FindBitmap(device->stockBitmap) : device.Target(*context);
-    const int depth = target == nullptr ? device->screen.depth : target->depth;
+    const Bitmap* const target = context == nullptr ? nullptr : device.Target(*context);
+    const int depth = context == nullptr ? 1 : target == nullptr ? device->screen.depth : target->depth;
     const HBITMAP handle = AddBitmap(device, header->biWidth, header->biHeight, depth);
     Bitmap* const bitmap = device.FindBitmap(handle);
     if (bitmap == nullptr || !dib)
@@ -256,10 +245,12 @@ int StretchDIBits(HDC dc, int destX, int destY, int destWidth, int destHeight, i
         for (std::int64_t j = targetY.first; j <= targetY.last; ++j)
         {
             const Range rows = Taken(targetY, sourceY, j);
+            if (rows.first > rows.second)
+                continue;
             std::uint32_t* const to = target->Row(static_cast<int>(targetY.At(j)));
             for (std::size_t i = 0; i < count; ++i)
             {
-                if (rows.first > rows.second || columns[i].first > columns[i].second)
+                if (columns[i].first > columns[i].second)
                     continue;
                 const std::uint32_t pixel =
                     Combined(*dib, sourceX, sourceY, columns[i], rows, context->stretchMode);
@@ -270,7 +261,7 @@ int StretchDIBits(HDC dc, int destX, int destY, int destWidth, int destHeight, i
         }
         return drawn ? result : 0;
     }
-    catch (const std::bad_alloc&)
+    catch (const std::exception&) // no memory for the columns
     {
         return 0;
     }
@@ -316,7 +307,7 @@ BOOL BitBlt(HDC dest, int x, int y, int width, int height, HDC source, int srcX,
             std::memmove(out, in, static_cast<std::size_t>(columns) * sizeof *out);
             continue;
         }
-        const Colors* const indexed = from->depth == 8 ? &device->screen.colors : nullptr;
+        const Colors* const indexed = from->depth == 8 ? &device.ScreenColors() : nullptr;
         for (std::int64_t column = 0; column < columns; ++column)
             out[column] = Stored(device->screen, to->depth,
                                  indexed == nullptr ? in[column] : Color(*indexed, in[column]));
@@ -337,17 +328,15 @@ int GetDIBits(HDC dc, HBITMAP bitmap, UINT start, UINT lines, void* bits, BITMAP
         std::abs(std::int64_t{header.biHeight}) != source->height)
         return 0;
 
-    header.biSizeImage = static_cast<DWORD>(4 * source->width * source->height);
+    const auto height = static_cast<UINT>(source->height);
+    const UINT count = start >= height ? 0 : std::min(lines, height - start);
+    if (count > 0 || bits == nullptr)
+        header.biSizeImage = static_cast<DWORD>(4 * source->width * source->height);
     if (bits == nullptr)
         return source->height;
 
     // An index stands for a colour of the palette selected, or of the screen's where that is the default one.
-    const Colors& ofScreen = device->screen.colors.empty()
-                                 ? *device->objects.Find<Palette>(device->defaultPalette)->colors
-                                 : device->screen.colors;
-    const Colors& colors = context->colors == nullptr ? ofScreen : *context->colors;
-    const auto height = static_cast<UINT>(source->height);
-    const UINT count = start >= height ? 0 : std::min(lines, height - start);
+    const Colors& colors = context->colors == nullptr ? device.ScreenColors() : *context->colors;
     auto* out = static_cast<std::uint8_t*>(bits);
     for (UINT i = 0; i < count; ++i)
     {
@@ -370,7 +359,7 @@ COLORREF GetPixel(HDC dc, int x, int y)
     if (bitmap == nullptr || x < 0 || y < 0 || x >= bitmap->width || y >= bitmap->height)
         return CLR_INVALID;
     const std::uint32_t pixel = bitmap->Row(y)[x];
-    return Swapped(bitmap->depth == 8 ? Color(device->screen.colors, pixel) : pixel);
+    return Swapped(bitmap->depth == 8 ? Color(device.ScreenColors(), pixel) : pixel);
 }
 
 COLORREF SetPixel(HDC dc, int x, int y, COLORREF color)
@@ -387,5 +376,5 @@ COLORREF SetPixel(HDC dc, int x, int y, COLORREF color)
     if (bitmap->depth == 1)
         return pixel = NearerOfTwo(Swapped(color));
     pixel = Stored(device->screen, bitmap->depth, Swapped(color));
-    return Swapped(bitmap->depth == 8 ? Color(device->screen.colors, pixel) : pixel);
+    return Swapped(bitmap->depth == 8 ? Color(device.ScreenColors(), pixel) : pixel);
 }
