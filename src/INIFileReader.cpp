@@ -47,6 +47,18 @@ const char* SkipLine(const char* p)
     return *p == '\n' ? p + 1 : p;
 }
 
+// The start of the first line, from p on, that may hold a section header; the end of the text where none
+// does.
+const char* LineWithHeader(const char* p)
+{
+    const char* bracket = std::strchr(p, '[');
+    if (bracket == nullptr)
+        return p + std::strlen(p);
+    while (bracket > p && bracket[-1] != '\n')
+        --bracket;
+    return bracket;
+}
+
 // Where the search in a text goes on after something that is not what it looks for: behind a blank, else on
 // the next line.
 const char* GoOn(const char* p)
@@ -463,10 +475,13 @@ const char* INIFileReader::FindInText(const char* section, const char* key) cons
     if (sectionPattern.IsEmpty() || keyPattern.IsEmpty())
         return nullptr;
 
-    const char* p = m_directText;
-    for (; *p != '[' || !sectionPattern.Matches(p); p = GoOn(p))
+    const char* p = LineWithHeader(m_directText);
+    while (*p != '[' || !sectionPattern.Matches(p))
+    {
         if (*p == '\0')
             return nullptr;
+        p = IsBlank(*p) ? p + 1 : LineWithHeader(SkipLine(p));
+    }
     for (p = SkipLine(p); *p != '\0' && *p != '['; p = GoOn(p))
         if (*p != ';' && *p != '\r' && keyPattern.Matches(p))
             return p;

@@ -83,15 +83,6 @@ int ColumnsWithinRow(const FilterTap* columns, int taps, int count, int rowBytes
     return count;
 }
 
-// The colours of pixels of four bytes. Into pixels of three all four are written where another one follows.
-void StoreColors(unsigned char* dst, int dstStep, const unsigned char* pixels, int count)
-{
-    const std::size_t bytes = dstStep == 3 ? 4 : 3;
-    for (int i = 0; i < count - 1; ++i, dst += dstStep, pixels += 4)
-        bytes == 4 ? std::memcpy(dst, pixels, 4) : std::memcpy(dst, pixels, 3);
-    std::memcpy(dst, pixels, 3);
-}
-
 // `makeTap` makes a Tap, of `taps` pixels, as of Kernels.h.
 template <typename Tap>
 void ResizeBySums(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels,
@@ -140,7 +131,7 @@ void ResizeBySums(const CTarvexDib& to, const CTarvexDib& from, double stepX, do
         kernels.addRows(sums, undecided, rows, weights.weight, taps, isExact ? kExactMargin : kMargin,
                         std::ptrdiff_t{4} * width);
         if (!direct)
-            StoreColors(dst, to.PixelSize(), sums, width);
+            kernels.copyColorsRow(dst, to.PixelSize(), sums, width);
         if (isExact)
             continue;
 

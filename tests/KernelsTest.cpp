@@ -90,14 +90,61 @@ TEST(Kernels, VariantsWriteWhatThePlainRowsWrite)
                 case 7:
                     kernels.expandTripleRow(to, s1, count);
                     break;
+                case 8:
+                    kernels.copyColorsRow(to, steps[0], s1, count);
+                    break;
                 default:
                     kernels.mixRow(to, color, alpha, count);
                 }
                 return target;
             };
-            for (int operation = 0; operation < 9; ++operation)
+            for (int operation = 0; operation < 10; ++operation)
                 ASSERT_EQ(run(operation, *variant), run(operation, plain))
                     << "operation " << operation << ", " << count << " pixels at " << at << ", steps "
                     << steps[0] << steps[1] << steps[2] << (inPlace ? ", in place" : "");
+        }
+}
+
+TEST(Kernels, VariantsFilterAndAddTheSame)
+{
+    const zel::Kernels& plain = zel::kPlainKernels;
+    for (const zel::Kernels* const variant : Variants())
+        for (int round = 0; round < 3000; ++round)
+        {
+            const int count = round % 71, taps = RandomInt(0, 1) == 0 ? 2 : 4, channels = RandomInt(3, 4);
+            const int sourceWidth = RandomInt(4, 40);
+            const Bytes source =
+                RandomBytes(static_cast<std::size_t>(sourceWidth * channels)); // nothing behind it
+            std::vector<zel::FilterTap> columns(static_cast<std::size_t>(count));
+            for (zel::FilterTap& column : columns)
+                for (int k = 0; k < taps; ++k)
+                {
+                    column.offset[k] = RandomInt(0, sourceWidth - 2) * channels; // not the last pixel
+                    column.weight[k] =
+                        static_cast<float>(RandomInt(0, 1000)) / 1000.0F / static_cast<float>(taps);
+                }
+            const int within = RandomInt(0, count);
+
+            const auto run = [&](const zel::Kernels& kernels)
+            {
+                std::vector<float> floats(static_cast<std::size_t>(4 * count) + 1, 7.0F);
+                kernels.filterRow(floats.data(), source.data(), columns.data(), taps, count, within,
+                                  channels);
+                for (int i = 3; channels == 3 && i < 4 * count; i += 4)
+                    floats[static_cast<std::size_t>(i)] = 0.0F; // of no meaning
+                return floats;
+            };
+            const std::vector<float> floats = run(plain);
+            ASSERT_EQ(run(*variant), floats) << count << " columns of " << taps << " taps";
+
+            const float* const rows[4] = {floats.data(), floats.data(), floats.data(), floats.data()};
+            const float weights[4] = {0.125F, 0.25F, 0.5F, 0.125F};
+            const auto add = [&](const zel::Kernels& kernels)
+            {
+                Bytes bytes(static_cast<std::size_t>(8 * count) + 2, 9);
+                kernels.addRows(bytes.data(), bytes.data() + 4 * count, rows, weights, taps, 0.1F, 4 * count);
+                return bytes;
+            };
+            ASSERT_EQ(add(*variant), add(plain)) << count;
         }
 }

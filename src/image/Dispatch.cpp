@@ -7,7 +7,7 @@ namespace zel
 
 constinit const Kernels kPlainKernels = {FilterRow,   AddRows,     BlendRowByAlpha, BlendRow,
                                          KeyRow,      MultiplyRow, SetAlphaRow,     FillAlphaRow,
-                                         KeyAlphaRow, MixRow,      ExpandTripleRow};
+                                         KeyAlphaRow, MixRow,      ExpandTripleRow, CopyColorsRow};
 
 namespace
 {

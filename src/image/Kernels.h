@@ -32,7 +32,7 @@ int NearestTap(double position, int length, int step);
 LinearTap MakeLinearTap(double position, int length, int step);
 CubicTap MakeCubicTap(double position, int length, int step);
 
-/// dst pixel i = the `channels` bytes at src + offsets[i].
+/// dst pixel i = the `channels` bytes at src + offsets[i]. Offsets do not fall.
 void GatherRow(unsigned char* dst, int dstStep, const unsigned char* src, const int* offsets, int count,
                int channels);
 
@@ -127,7 +127,7 @@ void MixRow(unsigned char* dst, const int (&color)[3], int weight, int count);
 /// @}
 /// @}
 /// \name Conversion
-/// Alpha, where dst has 4-byte pixels, becomes 255.
+/// Alpha, where dst has 4-byte pixels, becomes 255, unless said otherwise.
 /// @{
 
 /// From indices of 1, 4 or 8 bits, by a table of 2 to the power of `bits` opaque pixels.
@@ -136,6 +136,9 @@ void ExpandIndexRow(unsigned char* dst, int dstStep, const unsigned char* src, i
 
 /// From 16-bit words of 5 bits each of blue, green, red.
 void ExpandWordRow(unsigned char* dst, int dstStep, const unsigned char* src, int count);
+
+/// From 4-byte pixels, whose alpha goes nowhere: that of dst stays.
+void CopyColorsRow(unsigned char* dst, int dstStep, const unsigned char* src, int count);
 
 /// From 3-byte to 4-byte pixels.
 void ExpandTripleRow(unsigned char* dst, const unsigned char* src, int count);
@@ -159,6 +162,7 @@ struct Kernels
     decltype(&KeyAlphaRow) keyAlphaRow;
     decltype(&MixRow) mixRow;
     decltype(&ExpandTripleRow) expandTripleRow;
+    decltype(&CopyColorsRow) copyColorsRow;
 };
 
 extern const Kernels kPlainKernels;

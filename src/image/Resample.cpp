@@ -28,11 +28,11 @@ double SplineWeight(double t)
     return u * u * u * 0.16666666666666666;
 }
 
-template <int kChannels>
+template <int kBytes>
 void GatherPixels(unsigned char* dst, int dstStep, const unsigned char* src, const int* offsets, int count)
 {
     for (int i = 0; i < count; ++i, dst += dstStep)
-        std::memcpy(dst, src + offsets[i], kChannels);
+        std::memcpy(dst, src + offsets[i], kBytes);
 }
 
 template <int kChannels>
@@ -114,7 +114,17 @@ CubicTap MakeCubicTap(double position, int length, int step)
 void GatherRow(unsigned char* dst, int dstStep, const unsigned char* src, const int* offsets, int count,
                int channels)
 {
-    (channels == 3 ? GatherPixels<3> : GatherPixels<4>)(dst, dstStep, src, offsets, count);
+    if (channels == 4)
+        return GatherPixels<4>(dst, dstStep, src, offsets, count);
+    if (dstStep != 3)
+        return GatherPixels<3>(dst, dstStep, src, offsets, count);
+
+    // Pixels of three bytes move as four where both rows go on: the surplus byte is written over by the next.
+    int whole = count - 1;
+    while (whole > 0 && offsets[whole - 1] >= offsets[count - 1])
+        --whole;
+    GatherPixels<4>(dst, dstStep, src, offsets, whole);
+    GatherPixels<3>(dst + 3 * whole, dstStep, src, offsets + whole, count - whole);
 }
 
 void LinearRow(unsigned char* dst, int dstStep, const unsigned char* upper, const unsigned char* lower,

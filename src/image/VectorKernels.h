@@ -139,6 +139,14 @@ struct VectorRows
         MixRow(dst + 4 * done, color, weight, count - done);
     }
 
+    static void CopyColors(unsigned char* dst, int dstStep, const unsigned char* src, int count)
+    {
+        int done = 0;
+        for (; (dstStep == 4 || kReadsTriples) && done + kPixels <= count; done += kPixels)
+            StoreColors(dst + dstStep * done, dstStep, Load<Vector>(src + 4 * done));
+        CopyColorsRow(dst + dstStep * done, dstStep, src + 4 * done, count - done);
+    }
+
     static void ExpandTriple(unsigned char* dst, const unsigned char* src, int count)
     {
         const Vector opaque = All32<Vector>(0xFF000000);
@@ -205,7 +213,7 @@ constexpr Kernels VectorKernels()
     using Rows = VectorRows<Vector>;
     return {Rows::Filter,   AddRowsInFloats, Rows::BlendByAlpha, Rows::Blend,
             Rows::Key,      Rows::Multiply,  Rows::SetAlpha,     Rows::FillAlpha,
-            Rows::KeyAlpha, Rows::Mix,       Rows::ExpandTriple};
+            Rows::KeyAlpha, Rows::Mix,       Rows::ExpandTriple, Rows::CopyColors};
 }
 
 } // namespace
