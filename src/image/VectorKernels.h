@@ -42,7 +42,7 @@ struct VectorRows
                        int within, int channels)
     {
         (taps == 2 ? FilterPixels<2> : FilterPixels<4>)(out, src, columns, within);
-        FilterRow(out + 4 * within, src, columns + within, taps, count - within, 0, channels);
+        FilterRow(out + std::ptrdiff_t{4} * within, src, columns + within, taps, count - within, 0, channels);
     }
 
     static void BlendByAlpha(unsigned char* dst, int dstStep, const unsigned char* s1,
@@ -143,8 +143,8 @@ struct VectorRows
     {
         int done = 0;
         for (; (dstStep == 4 || kReadsTriples) && done + kPixels <= count; done += kPixels)
-            StoreColors(dst + dstStep * done, dstStep, Load<Vector>(src + 4 * done));
-        CopyColorsRow(dst + dstStep * done, dstStep, src + 4 * done, count - done);
+            StoreColors(dst + dstStep * done, dstStep, Load<Vector>(src + std::ptrdiff_t{4} * done));
+        CopyColorsRow(dst + dstStep * done, dstStep, src + std::ptrdiff_t{4} * done, count - done);
     }
 
     static void ExpandTriple(unsigned char* dst, const unsigned char* src, int count)
