@@ -149,25 +149,40 @@ void ResizeBySums(const CTarvexDib& to, const CTarvexDib& from, double stepX, do
 
 } // namespace
 
+void GatherRows(const CTarvexDib& to, const CTarvexDib& from, const int* columns, const int* rows,
+                int channels, bool opaque)
+{
+    const Kernels& kernels = ActiveKernels();
+    const bool hasAlpha = channels < to.PixelSize();
+    const bool copies = !hasAlpha || opaque;
+    const auto rowBytes = static_cast<std::size_t>(to.PixelSize()) * static_cast<std::size_t>(to.Width());
+    for (int row = to.Height() - 1; row >= 0; --row)
+    {
+        unsigned char* const dst = to.GetPixelFast(0, row);
+        if (copies && row + 1 < to.Height() && rows[row] == rows[row + 1])
+        {
+            std::memcpy(dst, to.GetPixelFast(0, row + 1), rowBytes);
+            continue;
+        }
+        GatherRow(dst, to.PixelSize(), from.GetPixelFast(0, rows[row]), columns, to.Width(), channels);
+        if (hasAlpha && opaque)
+            kernels.fillAlphaRow(dst, 255, to.Width());
+    }
+}
+
 void ResizeNearest(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels)
 {
-    const auto columns = ColumnTable(to.Width(), [&](int i)
-                                     { return zel::NearestTap(i * stepX, from.Width(), from.PixelSize()); });
+    const auto columns =
+        ColumnTable(to.Width(), [&](int i) { return NearestTap(i * stepX, from.Width(), from.PixelSize()); });
 
-    const bool copies = channels == to.PixelSize();
-    const auto rowBytes = static_cast<std::size_t>(channels) * static_cast<std::size_t>(to.Width());
     double y = 0.0;
-    int lastTap = -1;
-    for (int row = 0; row < to.Height(); ++row, y += stepY)
-    {
-        const int tap = zel::NearestTap(y, from.Height(), 1);
-        if (copies && tap == lastTap)
-            std::memcpy(to.GetPixelFast(0, row), to.GetPixelFast(0, row - 1), rowBytes);
-        else
-            zel::GatherRow(to.GetPixelFast(0, row), to.PixelSize(), from.GetPixelFast(0, tap), columns.get(),
-                           to.Width(), channels);
-        lastTap = tap;
-    }
+    const auto rows = ColumnTable(to.Height(),
+                                  [&](int row)
+                                  {
+                                      y += row == 0 ? 0.0 : stepY;
+                                      return NearestTap(y, from.Height(), 1);
+                                  });
+    GatherRows(to, from, columns.get(), rows.get(), channels, false);
 }
 
 void ResizeLinear(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels)

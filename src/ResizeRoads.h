@@ -15,7 +15,12 @@ void ResizeNearest(const CTarvexDib& to, const CTarvexDib& from, double stepX, d
 void ResizeLinear(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels);
 void ResizeCubic(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels);
 
-/// What `entryOf` gives for each column. std::bad_alloc where memory runs out, on 32 bits too.
+/// Fills `to` with pixels of `from`: in row r and column i the `channels` bytes in row rows[r] at columns[i].
+/// Alpha, where `to` has some and `from` has none, stays, or becomes 255 when `opaque`.
+void GatherRows(const CTarvexDib& to, const CTarvexDib& from, const int* columns, const int* rows,
+                int channels, bool opaque);
+
+/// What `entryOf` gives for each column, or row. std::bad_alloc where memory runs out, on 32 bits too.
 template <typename EntryOf>
 auto ColumnTable(int columns, const EntryOf& entryOf)
 {

@@ -270,18 +270,16 @@ bool CTarvexDib::Clone(const CTarvexDib& src, int left, int top, int right, int 
     const auto columns = zel::ColumnTable(m_width, [&](int i)
                                           { return (static_cast<int>(i * stepX) + left) * src.m_pixelSize; });
 
-    const zel::Kernels& kernels = zel::ActiveKernels();
-    const int channels = std::min(m_pixelSize, src.m_pixelSize);
+    // Rounding errors of very many steps could add up to one row too many.
     double y = top;
-    for (int row = 0; row < RowsWithPixels(*this); ++row, y += stepY)
-    {
-        // Rounding errors of very many steps could add up to one row too many.
-        const int srcRow = std::min(static_cast<int>(y), src.m_height - 1);
-        unsigned char* to = GetPixelFast(0, row);
-        zel::GatherRow(to, m_pixelSize, src.GetPixelFast(0, srcRow), columns.get(), m_width, channels);
-        if (channels < m_pixelSize)
-            kernels.fillAlphaRow(to, 255, m_width);
-    }
+    const auto rows = zel::ColumnTable(RowsWithPixels(*this),
+                                       [&](int row)
+                                       {
+                                           y += row == 0 ? 0.0 : stepY;
+                                           return std::min(static_cast<int>(y), src.m_height - 1);
+                                       });
+    if (m_width > 0)
+        zel::GatherRows(*this, src, columns.get(), rows.get(), std::min(m_pixelSize, src.m_pixelSize), true);
     return true;
 }
 
