@@ -67,9 +67,13 @@ public:
     int Width() const { return m_header.biWidth; }
     std::int64_t Height() const { return std::abs(std::int64_t{m_header.biHeight}); }
 
-    std::uint32_t Pixel(std::int64_t x, std::int64_t y) const
+    const std::uint8_t* Row(std::int64_t y) const
     {
-        const std::uint8_t* const row = m_bits + (m_header.biHeight > 0 ? Height() - 1 - y : y) * m_rowBytes;
+        return m_bits + (m_header.biHeight > 0 ? Height() - 1 - y : y) * m_rowBytes;
+    }
+
+    std::uint32_t Pixel(const std::uint8_t* row, std::int64_t x) const
+    {
         const std::uint32_t value = RawPixel(row, x, m_header.biBitCount);
         return m_header.biBitCount <= 8 ? TableColor(value) : value;
     }
@@ -141,16 +145,22 @@ Range Taken(const Span& dest, const Span& source, std::int64_t j)
 std::uint32_t Combined(const Dib& dib, const Span& sourceX, const Span& sourceY, Range columns, Range rows,
                        int mode)
 {
+    const std::uint8_t* const top = dib.Row(sourceY.At(rows.first));
     if (mode != BLACKONWHITE && mode != WHITEONBLACK)
-        return dib.Pixel(sourceX.At(columns.second), sourceY.At(rows.first));
+        return dib.Pixel(top, sourceX.At(columns.second));
 
-    std::uint32_t pixel = dib.Pixel(sourceX.At(columns.first), sourceY.At(rows.first));
-    for (std::int64_t row = rows.first; row <= rows.second; ++row)
+    std::uint32_t pixel = dib.Pixel(top, sourceX.At(columns.first));
+    if (rows.first == rows.second && columns.first == columns.second)
+        return pixel;
+    for (std::int64_t i = rows.first; i <= rows.second; ++i)
+    {
+        const std::uint8_t* const row = dib.Row(sourceY.At(i));
         for (std::int64_t column = columns.first; column <= columns.second; ++column)
         {
-            const std::uint32_t other = dib.Pixel(sourceX.At(column), sourceY.At(row));
+            const std::uint32_t other = dib.Pixel(row, sourceX.At(column));
             pixel = mode == BLACKONWHITE ? pixel & other : pixel | other;
         }
+    }
     return pixel;
 }
 
@@ -199,12 +209,12 @@ HBITMAP CreateDIBitmap(HDC dc, const BITMAPINFOHEADER* header, DWORD flags, cons
         return handle;
 
     const int width = std::min(bitmap->width, dib->Width());
-    for (std::int64_t y = 0; y < std::min<std::int64_t>(bitmap->height, dib->Height()); ++y)
+    const auto height = static_cast<int>(std::min<std::int64_t>(bitmap->height, dib->Height()));
+    for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
         {
-            const std::uint32_t pixel = dib->Pixel(x, y);
-            bitmap->Row(static_cast<int>(y))[x] =
-                depth == 1 ? NearerOfTwo(pixel) : Stored(device->screen, depth, pixel);
+            const std::uint32_t pixel = dib->Pixel(dib->Row(y), x);
+            bitmap->Row(y)[x] = depth == 1 ? NearerOfTwo(pixel) : Stored(device->screen, depth, pixel);
         }
     return handle;
 }
