@@ -16,10 +16,10 @@ namespace
 // pixel's row takes are added up, and where the sum lies farther from the border between two bytes than all
 // errors together can be, the byte is decided. The others are computed as defined.
 //
-// The errors, in units of 255 * 2^-24, that is 255 roundings of a float below 1: a pass over n pixels
-// has n / 2 from the weights, at most 1/2 each, 1 from the products, as the weights add up to 1, and n - 1
-// from the additions; 6 for four pixels, 12 for two passes, and 1 for the half that rounds. 13 units are
-// 0.0002; the doubles' own errors are nothing beside that.
+// The errors, in units of 255 * 2^-24, twice what the rounding of a float below 1 makes of a byte: a pass
+// over n pixels has n / 2 from the weights, 1 from the products, as the weights add up to 1, and n - 1 from
+// the additions; 6 for four pixels, 12 for two passes, and 1 for the half that rounds. 13 units are 0.0002;
+// the doubles' own errors are nothing beside that.
 constexpr float kMargin = 1.0F / 2048;
 
 // Where all fractions are multiples of 2^-8 the floats are exact, and so are the doubles: everything is

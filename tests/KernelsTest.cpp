@@ -55,13 +55,14 @@ TEST(Kernels, VariantsWriteWhatThePlainRowsWrite)
                                           static_cast<unsigned char>(255 * RandomInt(0, 1))};
             const int color[3] = {RandomInt(0, 255), RandomInt(0, 255), RandomInt(0, 255)};
             const Rows rows(count);
-            const bool inPlace = RandomInt(0, 2) == 0;
+            const bool inPlace = RandomInt(0, 2) == 0, overFirst = !inPlace && RandomInt(0, 1) == 0;
 
             const auto run = [&](int operation, const zel::Kernels& kernels)
             {
                 Bytes target = rows.target, first = rows.first, second = rows.second;
                 unsigned char* const to = target.data() + at;
-                const unsigned char* s1 = first.data() + at / 2;
+                const bool isSource = operation < 4 && steps[0] == (operation == 0 ? 4 : steps[1]);
+                const unsigned char* const s1 = overFirst && isSource ? to : first.data() + at / 2;
                 const unsigned char* const s2 = inPlace && steps[0] == steps[2] ? to : second.data() + at / 3;
                 switch (operation)
                 {

@@ -127,9 +127,9 @@ TEST(TarvexDibResize, ValuesWorkedOutByHand)
 
 TEST(TarvexDibResize, EqualsTheDefinitionEverywhere)
 {
-    std::vector<std::pair<int, int>> scales = {{1, 1},   {1, 40},  {40, 1},  {2, 5},  {2, 2},  {3, 3},
-                                               {15, 22}, {15, 26}, {34, 28}, {7, 7},  {8, 16}, {8, 24},
-                                               {8, 4},   {16, 4},  {5, 40},  {6, 36}, {7, 35}, {12, 8}};
+    std::vector<std::pair<int, int>> scales = {
+        {1, 1},  {1, 40}, {40, 1}, {2, 5},  {2, 2},  {3, 3},  {15, 22}, {15, 26}, {34, 28}, {7, 7},
+        {8, 16}, {8, 24}, {8, 4},  {16, 4}, {5, 40}, {6, 36}, {7, 35},  {12, 8},  {2, 1024}};
     for (int i = 0; i < 60; ++i)
         scales.emplace_back(RandomInt(1, 40), RandomInt(1, 40));
     for (const auto& [from, to] : scales)

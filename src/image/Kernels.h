@@ -32,7 +32,7 @@ int NearestTap(double position, int length, int step);
 LinearTap MakeLinearTap(double position, int length, int step);
 CubicTap MakeCubicTap(double position, int length, int step);
 
-/// dst pixel i = the `channels` bytes at src + offsets[i]. Offsets do not fall.
+/// dst pixel i = the `channels` bytes at src + offsets[i]. Offsets do not fall, and there is one at least.
 void GatherRow(unsigned char* dst, int dstStep, const unsigned char* src, const int* offsets, int count,
                int channels);
 
