@@ -2,7 +2,7 @@
 
 #include "image/Kernels.h"
 
-/// AddRows, to be compiled for every instruction set: the compiler makes the vectors.
+/// AddRows and AddPairRows, to be compiled for every instruction set: the compiler makes the vectors.
 namespace zel
 {
 
@@ -34,6 +34,22 @@ inline void AddRowsInFloats(unsigned char* out, unsigned char* undecided, const 
                             const float (&weights)[4], int taps, float margin, std::ptrdiff_t count)
 {
     (taps == 2 ? AddFloatRows<2> : AddFloatRows<4>)(out, undecided, rows, weights, margin, count);
+}
+
+inline void AddPairRowsInWords(unsigned char* __restrict out, const std::uint16_t* upper,
+                               const std::uint16_t* lower, int upperWeight, int lowerWeight,
+                               const SmallDivisor& divisor, std::ptrdiff_t count)
+{
+    const auto above = static_cast<std::uint16_t>(upperWeight),
+               below = static_cast<std::uint16_t>(lowerWeight);
+    const std::uint16_t half = divisor.half, multiplier = divisor.multiplier;
+    const int shift = divisor.shift;
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+    {
+        const auto sum = static_cast<std::uint16_t>(upper[i] * above + lower[i] * below + half);
+        const auto high = static_cast<std::uint16_t>(std::uint32_t{sum} * multiplier >> 16);
+        out[i] = static_cast<unsigned char>(high >> shift);
+    }
 }
 
 } // namespace

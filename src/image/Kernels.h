@@ -58,6 +58,38 @@ void FilterRow(float* out, const unsigned char* src, const FilterTap* columns, i
 void AddRows(unsigned char* out, unsigned char* undecided, const float* const (&rows)[4],
              const float (&weights)[4], int taps, float margin, std::ptrdiff_t count);
 
+/// Neighbouring pixels under whole weights: 0 to 127, with the same sum, up to 127, in every column.
+struct PairColumns
+{
+    const int* offsets;           ///< of the first pixel; they do not fall
+    const unsigned char* weights; ///< two for each column
+    int step;                     ///< from the first pixel to the second
+    int pairs;                    ///< how many columns have a second pixel; others take the first once more
+    int whole;                    ///< how many of these may be read as eight bytes from the first pixel on
+};
+
+/// `channels` sums for each of `count` columns. What follows them, up to the sixteenth byte, may be written
+/// over.
+void PairRow(std::uint16_t* out, const unsigned char* src, const PairColumns& columns, int count,
+             int channels);
+
+/// A division of 16-bit numbers below 255.5 times the divisor, 2 to 127, as a product: the quotient is
+/// number * multiplier / 2^(16 + shift). With the largest shift that leaves the multiplier 16 bits, the
+/// multiplier is too large by less than 1, and the product over its divisor by less than 255.5 * divisor /
+/// 2^(16 + shift) < 1 / divisor, which reaches no further quotient.
+struct SmallDivisor
+{
+    explicit SmallDivisor(int divisor);
+
+    std::uint16_t half; ///< of the divisor, rounded down
+    std::uint16_t multiplier;
+    int shift;
+};
+
+/// Two such rows under two weights more, divided and rounded.
+void AddPairRows(unsigned char* out, const std::uint16_t* upper, const std::uint16_t* lower, int upperWeight,
+                 int lowerWeight, const SmallDivisor& divisor, std::ptrdiff_t count);
+
 /// Sum of four source rows of four taps each, under the products of their weights.
 void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
               const double (&rowWeights)[4], const CubicTap* columns, int count, int channels);
@@ -153,6 +185,8 @@ struct Kernels
 {
     decltype(&FilterRow) filterRow;
     decltype(&AddRows) addRows;
+    decltype(&PairRow) pairRow;
+    decltype(&AddPairRows) addPairRows;
     decltype(&BlendRowByAlpha) blendRowByAlpha;
     decltype(&BlendRow) blendRow;
     decltype(&KeyRow) keyRow;

@@ -2,6 +2,8 @@
 #include <cstring>
 #include <immintrin.h>
 
+#include "image/Kernels.h"
+
 namespace
 {
 
@@ -149,6 +151,38 @@ inline void StoreColors(unsigned char* bytes, int step, Vector a)
     }
     const Vector colors = All32<Vector>(0x00FFFFFF);
     Store(bytes, Or(And(colors, a), AndNot(colors, Load<Vector>(bytes))));
+}
+
+/// PairRow for the first columns, two at a time; gives how many.
+inline int PairPixels(std::uint16_t* out, const unsigned char* src, const zel::PairColumns& columns,
+                      int channels)
+{
+    const bool triples = channels == 3;
+    const char to = static_cast<char>(columns.step), next = static_cast<char>(8);
+    const auto pairOf = [=](int pixel, int c)
+    { return static_cast<short>((pixel * next + c) | (pixel * next + c + to) << 8); };
+    const short none = -1;
+    const __m128i bytes = triples ? _mm_setr_epi16(pairOf(0, 0), pairOf(0, 1), pairOf(0, 2), pairOf(1, 0),
+                                                   pairOf(1, 1), pairOf(1, 2), none, none)
+                                  : _mm_setr_epi16(pairOf(0, 0), pairOf(0, 1), pairOf(0, 2), pairOf(0, 3),
+                                                   pairOf(1, 0), pairOf(1, 1), pairOf(1, 2), pairOf(1, 3));
+    const short first = 0x0100, second = 0x0302;
+    const __m128i spread = triples
+                               ? _mm_setr_epi16(first, first, first, second, second, second, none, none)
+                               : _mm_setr_epi16(first, first, first, first, second, second, second, second);
+    int done = 0;
+    for (; done + 2 <= columns.whole; done += 2, out += 2 * channels)
+    {
+        long long left, right;
+        int weights;
+        std::memcpy(&left, src + columns.offsets[done], sizeof left);
+        std::memcpy(&right, src + columns.offsets[done + 1], sizeof right);
+        std::memcpy(&weights, columns.weights + 2 * done, sizeof weights);
+        const __m128i pixels = _mm_shuffle_epi8(_mm_set_epi64x(right, left), bytes);
+        const __m128i sums = _mm_maddubs_epi16(pixels, _mm_shuffle_epi8(_mm_cvtsi32_si128(weights), spread));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), sums);
+    }
+    return done;
 }
 
 using Floats = __m128;

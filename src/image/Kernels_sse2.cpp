@@ -2,6 +2,8 @@
 #include <cstring>
 #include <emmintrin.h>
 
+#include "image/Kernels.h"
+
 namespace
 {
 
@@ -130,6 +132,28 @@ inline void StoreColors(unsigned char* bytes, int, Vector a)
 {
     const Vector colors = All32<Vector>(0x00FFFFFF);
     Store(bytes, Or(And(colors, a), AndNot(colors, Load<Vector>(bytes))));
+}
+
+/// PairRow for the first columns; gives how many.
+inline int PairPixels(std::uint16_t* out, const unsigned char* src, const zel::PairColumns& columns,
+                      int channels)
+{
+    const __m128i zero = _mm_setzero_si128();
+    for (int i = 0; i < columns.whole; ++i, out += channels)
+    {
+        const unsigned char* const first = src + columns.offsets[i];
+        short weights;
+        std::memcpy(&weights, columns.weights + 2 * i, sizeof weights);
+        int left, right;
+        std::memcpy(&left, first, sizeof left);
+        std::memcpy(&right, first + columns.step, sizeof right);
+        const __m128i pairs = _mm_unpacklo_epi8(_mm_cvtsi32_si128(left), _mm_cvtsi32_si128(right));
+        const __m128i both = _mm_unpacklo_epi8(_mm_set1_epi16(weights), zero);
+        const __m128i low = _mm_madd_epi16(_mm_unpacklo_epi8(pairs, zero), both);
+        const __m128i high = _mm_madd_epi16(_mm_unpackhi_epi8(pairs, zero), both);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packs_epi32(low, high));
+    }
+    return columns.whole;
 }
 
 using Floats = __m128;

@@ -148,6 +148,32 @@ void AddRows(unsigned char* out, unsigned char* undecided, const float* const (&
     AddRowsInFloats(out, undecided, rows, weights, taps, margin, count);
 }
 
+SmallDivisor::SmallDivisor(int divisor) : half(static_cast<std::uint16_t>(divisor / 2)), shift(0)
+{
+    while ((2 << shift) < divisor)
+        ++shift;
+    multiplier = static_cast<std::uint16_t>(((65536 << shift) + divisor - 1) / divisor);
+}
+
+void PairRow(std::uint16_t* out, const unsigned char* src, const PairColumns& columns, int count,
+             int channels)
+{
+    for (int i = 0; i < count; ++i, out += channels)
+    {
+        const unsigned char* const first = src + columns.offsets[i];
+        const unsigned char* const second = first + (i < columns.pairs ? columns.step : 0);
+        const int weight0 = columns.weights[2 * i], weight1 = columns.weights[2 * i + 1];
+        for (int c = 0; c < channels; ++c)
+            out[c] = static_cast<std::uint16_t>(first[c] * weight0 + second[c] * weight1);
+    }
+}
+
+void AddPairRows(unsigned char* out, const std::uint16_t* upper, const std::uint16_t* lower, int upperWeight,
+                 int lowerWeight, const SmallDivisor& divisor, std::ptrdiff_t count)
+{
+    AddPairRowsInWords(out, upper, lower, upperWeight, lowerWeight, divisor, count);
+}
+
 void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
               const double (&rowWeights)[4], const CubicTap* columns, int count, int channels)
 {

@@ -45,6 +45,15 @@ struct VectorRows
         FilterRow(out + std::ptrdiff_t{4} * within, src, columns + within, taps, count - within, 0, channels);
     }
 
+    static void Pair(std::uint16_t* out, const unsigned char* src, const PairColumns& columns, int count,
+                     int channels)
+    {
+        const int done = PairPixels(out, src, columns, channels);
+        const PairColumns rest = {columns.offsets + done, columns.weights + 2 * done, columns.step,
+                                  columns.pairs - done, 0};
+        PairRow(out + std::ptrdiff_t{channels} * done, src, rest, count - done, channels);
+    }
+
     static void BlendByAlpha(unsigned char* dst, int dstStep, const unsigned char* s1,
                              const unsigned char* s2, int s2Step, int count)
     {
@@ -211,8 +220,8 @@ template <typename Vector>
 constexpr Kernels VectorKernels()
 {
     using Rows = VectorRows<Vector>;
-    return {Rows::Filter,   AddRowsInFloats, Rows::BlendByAlpha, Rows::Blend,
-            Rows::Key,      Rows::Multiply,  Rows::SetAlpha,     Rows::FillAlpha,
+    return {Rows::Filter,   AddRowsInFloats, Rows::Pair,         AddPairRowsInWords, Rows::BlendByAlpha,
+            Rows::Blend,    Rows::Key,       Rows::Multiply,     Rows::SetAlpha,     Rows::FillAlpha,
             Rows::KeyAlpha, Rows::Mix,       Rows::ExpandTriple, Rows::CopyColors};
 }
 
