@@ -22,28 +22,13 @@ namespace
 //
 // The errors, in units of 255 * 2^-24, twice what the rounding of a float below 1 makes of a byte: a pass
 // over n pixels has n / 2 from the weights, 1 from the products, as the weights add up to 1, and n - 1 from
-// the additions; 6 for four pixels, 12 for two passes, and 1 for the half that rounds. 13 units are 0.0002;
-// the doubles' own errors are nothing beside that.
-constexpr float kMargin = 1.0F / 2048;
+// the additions; 6 for four pixels, 12 for two passes. 12 units are less than 12 steps of 1 / 65536, and
+// taking whole steps adds one: 13 of the 16 that count as undecided. The doubles' own errors are nothing
+// beside that.
+static_assert(kUndecidedSteps >= 14);
 
-// Where all fractions are multiples of 2^-8 the floats are exact, and so are the doubles: everything is
-// decided.
-constexpr float kExactMargin = -1.0F;
-
-bool IsCoarse(double fraction)
-{
-    return fraction * 256.0 == std::floor(fraction * 256.0);
-}
-
-bool IsExact(const LinearTap& tap)
-{
-    return IsCoarse(tap.fraction);
-}
-
-bool IsExact(const CubicTap&)
-{
-    return false; // weights of thirds
-}
+// Columns are taken in strips whose filtered rows stay in the processor's first cache.
+constexpr int kStripColumns = 384;
 
 FilterTap MakeFilterTap(const LinearTap& tap)
 {
@@ -62,21 +47,38 @@ FilterTap MakeFilterTap(const CubicTap& tap)
     return result;
 }
 
-// One pixel as it is defined.
-void ExactPixel(unsigned char* dst, const CTarvexDib& from, const LinearTap& column, const LinearTap& row,
-                int channels)
+// The pixels of a row that `list` names, as they are defined.
+void ExactPixels(unsigned char* dst, int dstStep, const CTarvexDib& from, const LinearTap* columns,
+                 const LinearTap& row, const int* list, int count, int, int channels)
 {
-    LinearRow(dst, channels, from.GetPixelFast(0, row.offset[0]), from.GetPixelFast(0, row.offset[1]),
-              row.fraction, &column, 1, channels);
+    for (int i = 0; i < count; ++i)
+        LinearRow(dst + std::ptrdiff_t{dstStep} * list[i], dstStep, from.GetPixelFast(0, row.offset[0]),
+                  from.GetPixelFast(0, row.offset[1]), row.fraction, columns + list[i], 1, channels);
 }
 
-void ExactPixel(unsigned char* dst, const CTarvexDib& from, const CubicTap& column, const CubicTap& row,
-                int channels)
+void ExactPixels(unsigned char* dst, int dstStep, const CTarvexDib& from, const CubicTap* columns,
+                 const CubicTap& row, const int* list, int count, int within, int channels)
 {
     const unsigned char* const rows[4] = {
         from.GetPixelFast(0, row.offset[0]), from.GetPixelFast(0, row.offset[1]),
         from.GetPixelFast(0, row.offset[2]), from.GetPixelFast(0, row.offset[3])};
-    CubicRow(dst, channels, rows, row.weight, &column, 1, channels);
+    ActiveKernels().cubicPixels(dst, dstStep, rows, row.weight, columns, list, count, within, channels);
+}
+
+// Columns with a byte that is marked. Gives how many.
+int MarkedColumns(int* list, const unsigned char* marks, int columns, int channels)
+{
+    const unsigned char* const end = marks + std::ptrdiff_t{channels} * columns;
+    int count = 0;
+    for (const unsigned char* at = marks; at < end;)
+    {
+        at = static_cast<const unsigned char*>(std::memchr(at, 1, static_cast<std::size_t>(end - at)));
+        if (at == nullptr)
+            break;
+        list[count] = static_cast<int>((at - marks) / channels);
+        at = marks + std::ptrdiff_t{channels} * (list[count++] + 1);
+    }
+    return count;
 }
 
 // How many columns, from the left, read no byte behind the row when each pixel is read as four bytes.
@@ -85,6 +87,13 @@ int ColumnsWithinRow(const FilterTap* columns, int taps, int count, int rowBytes
     while (count > 0 && columns[count - 1].offset[taps - 1] + 4 > rowBytes)
         --count;
     return count;
+}
+
+// The colours of 4-byte pixels.
+void SpreadTriples(unsigned char* dst, const unsigned char* triples, int count)
+{
+    for (int i = 0; i < count; ++i, dst += 4, triples += 3)
+        std::memcpy(dst, triples, 3);
 }
 
 // `makeTap` makes a Tap, of `taps` pixels, as of Kernels.h.
@@ -98,55 +107,46 @@ void ResizeBySums(const CTarvexDib& to, const CTarvexDib& from, double stepX, do
     const auto filterColumns = ColumnTable(width, [&](int i) { return MakeFilterTap(columns.get()[i]); });
     double y = 0.0; // as defined, by repeated addition from the top
     const auto positions = ColumnTable(height, [&](int row) { return row == 0 ? y : y += stepY; });
-    const auto rowFloats = std::size_t{4} * static_cast<std::size_t>(width);
-    const auto filtered = std::make_unique_for_overwrite<float[]>(4 * rowFloats);
-    const auto bytes = std::make_unique_for_overwrite<unsigned char[]>(2 * rowFloats);
+    constexpr std::size_t kStripFloats = 4 * kStripColumns + 1; // one to be written over
+    const auto filtered = std::make_unique_for_overwrite<float[]>(4 * kStripFloats);
+    unsigned char sums[4 * kStripColumns], undecided[4 * kStripColumns];
+    int list[kStripColumns];
 
-    bool columnsAreExact = true;
-    for (int i = 0; i < width; ++i)
-        columnsAreExact = columnsAreExact && IsExact(columns.get()[i]);
     const int within = ColumnsWithinRow(filterColumns.get(), taps, width, from.PixelSize() * from.Width());
     const Kernels& kernels = ActiveKernels();
-    const bool direct = channels == 4;
-    unsigned char* const undecided = bytes.get() + rowFloats;
-
-    // The rows taken together are neighbours, so that each finds its place by its number. From the bottom row
-    // up, the order of memory.
-    int held[4] = {-1, -1, -1, -1};
-    for (int row = height - 1; row >= 0; --row)
+    const bool direct = channels == to.PixelSize();
+    for (int begin = 0; begin < width; begin += kStripColumns)
     {
-        const Tap rowTap = makeTap(positions.get()[row], from.Height(), 1);
-        const FilterTap weights = MakeFilterTap(rowTap);
-        const float* rows[4] = {};
-        for (int k = 0; k < taps; ++k)
-        {
-            const int index = rowTap.offset[k], place = index % 4;
-            float* const floats = filtered.get() + static_cast<std::size_t>(place) * rowFloats;
-            if (held[place] != index)
-                kernels.filterRow(floats, from.GetPixelFast(0, index), filterColumns.get(), taps, width,
-                                  within, channels);
-            held[place] = index;
-            rows[k] = floats;
-        }
+        const int count = std::min(width - begin, kStripColumns);
+        const int stripWithin = std::clamp(within - begin, 0, count);
 
-        unsigned char* const dst = to.GetPixelFast(0, row);
-        unsigned char* const sums = direct ? dst : bytes.get();
-        const bool isExact = columnsAreExact && IsExact(rowTap);
-        kernels.addRows(sums, undecided, rows, weights.weight, taps, isExact ? kExactMargin : kMargin,
-                        std::ptrdiff_t{4} * width);
-        if (!direct)
-            kernels.copyColorsRow(dst, to.PixelSize(), sums, width);
-        if (isExact)
-            continue;
-
-        const unsigned char* const end = undecided + rowFloats;
-        const unsigned char* at = undecided;
-        while (
-            (at = static_cast<const unsigned char*>(std::memchr(at, 1, static_cast<std::size_t>(end - at)))))
+        // The rows taken together are neighbours, so that each finds its place by its number. From the bottom
+        // row up, the order of memory.
+        int held[4] = {-1, -1, -1, -1};
+        for (int row = height - 1; row >= 0; --row)
         {
-            const auto i = (at - undecided) / 4;
-            ExactPixel(dst + to.PixelSize() * i, from, columns.get()[i], rowTap, channels);
-            at = undecided + 4 * (i + 1);
+            const Tap rowTap = makeTap(positions.get()[row], from.Height(), 1);
+            const FilterTap weights = MakeFilterTap(rowTap);
+            const float* rows[4] = {};
+            for (int k = 0; k < taps; ++k)
+            {
+                const int index = rowTap.offset[k], place = index % 4;
+                float* const floats = filtered.get() + static_cast<std::size_t>(place) * kStripFloats;
+                if (held[place] != index)
+                    kernels.filterRow(floats, from.GetPixelFast(0, index), filterColumns.get() + begin, taps,
+                                      count, stripWithin, channels);
+                held[place] = index;
+                rows[k] = floats;
+            }
+
+            unsigned char* const dst = to.GetPixelFast(begin, row);
+            kernels.addRows(direct ? dst : sums, undecided, rows, weights.weight, taps,
+                            std::ptrdiff_t{channels} * count);
+            if (!direct)
+                SpreadTriples(dst, sums, count);
+            const int marked = MarkedColumns(list, undecided, count, channels);
+            ExactPixels(dst, to.PixelSize(), from, columns.get() + begin, rowTap, list, marked, stripWithin,
+                        channels);
         }
     }
 }
@@ -235,9 +235,17 @@ void ResizeByWholeWeights(const CTarvexDib& to, const CTarvexDib& from, const Wh
         unsigned char* const dst = to.GetPixelFast(0, row);
         kernels.addPairRows(direct ? dst : bytes.get(), upper, lower, y.denominator - weight, weight, divisor,
                             static_cast<std::ptrdiff_t>(count));
-        for (int i = 0; !direct && i < width; ++i)
-            std::memcpy(dst + std::ptrdiff_t{4} * i, bytes.get() + std::ptrdiff_t{3} * i, 3);
+        if (!direct)
+            SpreadTriples(dst, bytes.get(), width);
     }
+}
+
+bool AreNeighbours(const int* offsets, int count, int step)
+{
+    for (int i = 1; i < count; ++i)
+        if (offsets[i] != offsets[0] + i * step)
+            return false;
+    return true;
 }
 
 } // namespace
@@ -248,6 +256,8 @@ void GatherRows(const CTarvexDib& to, const CTarvexDib& from, const int* columns
     const Kernels& kernels = ActiveKernels();
     const bool hasAlpha = channels < to.PixelSize();
     const bool copies = !hasAlpha || opaque;
+    const bool isRun =
+        channels == from.PixelSize() && !hasAlpha && AreNeighbours(columns, to.Width(), channels);
     const auto rowBytes = static_cast<std::size_t>(to.PixelSize()) * static_cast<std::size_t>(to.Width());
     for (int row = to.Height() - 1; row >= 0; --row)
     {
@@ -257,7 +267,11 @@ void GatherRows(const CTarvexDib& to, const CTarvexDib& from, const int* columns
             std::memcpy(dst, to.GetPixelFast(0, row + 1), rowBytes);
             continue;
         }
-        GatherRow(dst, to.PixelSize(), from.GetPixelFast(0, rows[row]), columns, to.Width(), channels);
+        const unsigned char* const src = from.GetPixelFast(0, rows[row]);
+        if (isRun)
+            std::memcpy(dst, src + columns[0], rowBytes);
+        else
+            GatherRow(dst, to.PixelSize(), src, columns, to.Width(), channels);
         if (hasAlpha && opaque)
             kernels.fillAlphaRow(dst, 255, to.Width());
     }

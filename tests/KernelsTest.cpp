@@ -131,21 +131,100 @@ TEST(Kernels, VariantsFilterAndAddTheSame)
                 std::vector<float> floats(static_cast<std::size_t>(4 * count) + 1, 7.0F);
                 kernels.filterRow(floats.data(), source.data(), columns.data(), taps, count, within,
                                   channels);
-                for (int i = 3; channels == 3 && i < 4 * count; i += 4)
-                    floats[static_cast<std::size_t>(i)] = 0.0F; // of no meaning
+                floats.resize(static_cast<std::size_t>(channels * count)); // without what may be written over
                 return floats;
             };
             const std::vector<float> floats = run(plain);
             ASSERT_EQ(run(*variant), floats) << count << " columns of " << taps << " taps";
 
             const float* const rows[4] = {floats.data(), floats.data(), floats.data(), floats.data()};
-            const float weights[4] = {0.125F, 0.25F, 0.5F, 0.125F};
+            const float weights[4] = {0.125F, taps == 2 ? 0.875F : 0.25F, 0.5F, 0.125F};
             const auto add = [&](const zel::Kernels& kernels)
             {
-                Bytes bytes(static_cast<std::size_t>(8 * count) + 2, 9);
-                kernels.addRows(bytes.data(), bytes.data() + 4 * count, rows, weights, taps, 0.1F, 4 * count);
+                const int sums = channels * count;
+                Bytes bytes(static_cast<std::size_t>(2 * sums) + 2, 9);
+                kernels.addRows(bytes.data(), bytes.data() + sums, rows, weights, taps, sums);
                 return bytes;
             };
             ASSERT_EQ(add(*variant), add(plain)) << count;
         }
+}
+
+TEST(Kernels, VariantsSumPairsAndCubicPixelsTheSame)
+{
+    const zel::Kernels& plain = zel::kPlainKernels;
+    for (const zel::Kernels* const variant : Variants())
+        for (int round = 0; round < 3000; ++round)
+        {
+            const int count = round % 71, channels = RandomInt(3, 4), step = RandomInt(channels, 4);
+            const int sourceWidth = RandomInt(4, 40), total = RandomInt(1, 11), rows = RandomInt(1, 11);
+            const int rowBytes = sourceWidth * step;
+            const Bytes source = RandomBytes(static_cast<std::size_t>(rowBytes)); // nothing behind it
+            std::vector<int> offsets, list;
+            Bytes weights;
+            std::vector<zel::CubicTap> taps(static_cast<std::size_t>(count));
+            zel::PairColumns columns = {nullptr, nullptr, step, 0, 0};
+            int within = 0;
+            for (int i = 0; i < count; ++i)
+            {
+                const int at = i * sourceWidth / count, offset = at * step;
+                offsets.push_back(offset);
+                columns.pairs += at + 1 < sourceWidth;
+                columns.whole += offset + 8 <= rowBytes;
+                weights.push_back(static_cast<unsigned char>(RandomInt(0, total)));
+                weights.push_back(static_cast<unsigned char>(total - weights.back()));
+                taps[static_cast<std::size_t>(i)] =
+                    zel::MakeCubicTap(at + RandomInt(0, 6) / 6.0, sourceWidth, step);
+                within += taps[static_cast<std::size_t>(i)].offset[3] + 4 <= rowBytes;
+                if (RandomInt(0, 2) == 0)
+                    list.push_back(i);
+            }
+            columns.offsets = offsets.data();
+            columns.weights = weights.data();
+            columns.whole = std::min(columns.whole, columns.pairs);
+
+            const auto sums = static_cast<std::size_t>(channels * count);
+            const auto pairs = [&](const zel::Kernels& kernels)
+            {
+                std::vector<std::uint16_t> words(sums + 8, 7);
+                kernels.pairRow(words.data(), source.data(), columns, count, channels);
+                words.resize(sums); // without what may be written over
+                return words;
+            };
+            const std::vector<std::uint16_t> words = pairs(plain);
+            ASSERT_EQ(pairs(*variant), words) << count << " columns of " << step << " bytes";
+
+            const std::vector<std::uint16_t> others(words.rbegin(), words.rend());
+            Bytes divided(sums), quotients(sums);
+            const int weight = RandomInt(0, rows);
+            if (total * rows < 2)
+                continue;
+            variant->addPairRows(divided.data(), words.data(), others.data(), rows - weight, weight,
+                                 zel::SmallDivisor(total * rows), static_cast<std::ptrdiff_t>(sums));
+            for (std::size_t i = 0; i < sums; ++i)
+                quotients[i] = static_cast<unsigned char>(
+                    (words[i] * (rows - weight) + others[i] * weight + total * rows / 2) / (total * rows));
+            ASSERT_EQ(divided, quotients) << "over " << total * rows;
+
+            const unsigned char* const four[4] = {source.data(), source.data(), source.data(), source.data()};
+            const double shares[4] = {1.0 / 6, 4.0 / 6, 1.0 / 6, 0.0};
+            const auto cubic = [&](const zel::Kernels& kernels)
+            {
+                Bytes bytes(static_cast<std::size_t>(step * count), 9);
+                kernels.cubicPixels(bytes.data(), step, four, shares, taps.data(), list.data(),
+                                    static_cast<int>(list.size()), within, channels);
+                return bytes;
+            };
+            ASSERT_EQ(cubic(*variant), cubic(plain)) << count << " columns of " << step << " bytes";
+        }
+}
+
+TEST(Kernels, SmallDivisorsDivideEveryNumber)
+{
+    for (int divisor = 2; divisor <= 127; ++divisor)
+    {
+        const zel::SmallDivisor small(divisor);
+        for (int number = 0; 2 * number < 511 * divisor; ++number)
+            ASSERT_EQ(number * small.multiplier >> 16 >> small.shift, number / divisor) << number;
+    }
 }

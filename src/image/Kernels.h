@@ -47,16 +47,19 @@ struct FilterTap
     float weight[4];
 };
 
-/// Four floats for each of `count` columns: the sum of `taps` pixels, 2 or 4, at src + offset, under the
-/// weights. With 3 channels the fourth float is of no meaning. The first `within` columns may be read as
-/// pixels of four bytes.
+/// `channels` floats for each of `count` columns: the sum of `taps` pixels, 2 or 4, at src + offset, under
+/// the weights. The first `within` columns may be read as pixels of four bytes, and write over the float
+/// behind their own.
 void FilterRow(float* out, const unsigned char* src, const FilterTap* columns, int taps, int count,
                int within, int channels);
 
-/// The sum of `taps` such rows under their weights, rounded to bytes. `undecided` becomes 1 where the sum
-/// lies within `margin` of the border between two bytes, else 0.
+/// Sums are taken in steps of 1 / 65536; nearer to the border between two bytes than this many, a byte is
+/// undecided.
+constexpr int kUndecidedSteps = 16;
+
+/// The sum of `taps` such rows under their weights, rounded to bytes, and 1 where it is undecided, else 0.
 void AddRows(unsigned char* out, unsigned char* undecided, const float* const (&rows)[4],
-             const float (&weights)[4], int taps, float margin, std::ptrdiff_t count);
+             const float (&weights)[4], int taps, std::ptrdiff_t count);
 
 /// Neighbouring pixels under whole weights: 0 to 127, with the same sum, up to 127, in every column.
 struct PairColumns
@@ -93,6 +96,12 @@ void AddPairRows(unsigned char* out, const std::uint16_t* upper, const std::uint
 /// Sum of four source rows of four taps each, under the products of their weights.
 void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
               const double (&rowWeights)[4], const CubicTap* columns, int count, int channels);
+
+/// The same for the columns that `list` names, each to dst + dstStep * column. Those below `within` may be
+/// read as pixels of four bytes.
+void CubicPixels(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
+                 const double (&rowWeights)[4], const CubicTap* columns, const int* list, int count,
+                 int within, int channels);
 
 /// @}
 /// \name Blending
@@ -185,6 +194,7 @@ struct Kernels
 {
     decltype(&FilterRow) filterRow;
     decltype(&AddRows) addRows;
+    decltype(&CubicPixels) cubicPixels;
     decltype(&PairRow) pairRow;
     decltype(&AddPairRows) addPairRows;
     decltype(&BlendRowByAlpha) blendRowByAlpha;

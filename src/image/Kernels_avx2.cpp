@@ -200,6 +200,78 @@ inline void StoreFloats(float* out, Floats values)
     _mm_storeu_ps(out, values);
 }
 
+/// Eight sums of four rows in steps of 1 / 65536, and half of 65536.
+inline __m256i StepsOf(const float* const (&rows)[4], const __m256 (&weights)[4], std::ptrdiff_t at)
+{
+    const __m256 first = _mm256_add_ps(_mm256_mul_ps(_mm256_loadu_ps(rows[0] + at), weights[0]),
+                                       _mm256_mul_ps(_mm256_loadu_ps(rows[1] + at), weights[1]));
+    const __m256 third = _mm256_add_ps(first, _mm256_mul_ps(_mm256_loadu_ps(rows[2] + at), weights[2]));
+    const __m256 sum = _mm256_add_ps(third, _mm256_mul_ps(_mm256_loadu_ps(rows[3] + at), weights[3]));
+    return _mm256_add_epi32(_mm256_cvttps_epi32(sum), _mm256_set1_epi32(32768));
+}
+
+/// The bytes of 32 words that come in four parts, in order.
+inline __m256i InOrder(__m256i words01, __m256i words23)
+{
+    const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+    return _mm256_permutevar8x32_epi32(_mm256_packus_epi16(words01, words23), order);
+}
+
+/// AddRows of four taps for the first sums; gives how many.
+inline std::ptrdiff_t AddSteps(unsigned char* out, unsigned char* undecided, const float* const (&rows)[4],
+                               const float (&factors)[4], std::ptrdiff_t count)
+{
+    const __m256 weights[4] = {_mm256_set1_ps(factors[0] * 65536.0F), _mm256_set1_ps(factors[1] * 65536.0F),
+                               _mm256_set1_ps(factors[2] * 65536.0F), _mm256_set1_ps(factors[3] * 65536.0F)};
+    const __m256i low = _mm256_set1_epi32(65535), zero = _mm256_setzero_si256();
+    const __m256i margin = _mm256_set1_epi16(zel::kUndecidedSteps);
+    const __m256i width = _mm256_set1_epi16(2 * zel::kUndecidedSteps);
+    std::ptrdiff_t done = 0;
+    for (; done + 32 <= count; done += 32)
+    {
+        const __m256i steps0 = StepsOf(rows, weights, done), steps1 = StepsOf(rows, weights, done + 8);
+        const __m256i steps2 = StepsOf(rows, weights, done + 16), steps3 = StepsOf(rows, weights, done + 24);
+        const __m256i whole =
+            InOrder(_mm256_packus_epi32(_mm256_srli_epi32(steps0, 16), _mm256_srli_epi32(steps1, 16)),
+                    _mm256_packus_epi32(_mm256_srli_epi32(steps2, 16), _mm256_srli_epi32(steps3, 16)));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + done), whole);
+
+        const __m256i rest01 =
+            _mm256_packus_epi32(_mm256_and_si256(steps0, low), _mm256_and_si256(steps1, low));
+        const __m256i rest23 =
+            _mm256_packus_epi32(_mm256_and_si256(steps2, low), _mm256_and_si256(steps3, low));
+        const __m256i near01 =
+            _mm256_cmpeq_epi16(_mm256_subs_epu16(_mm256_add_epi16(rest01, margin), width), zero);
+        const __m256i near23 =
+            _mm256_cmpeq_epi16(_mm256_subs_epu16(_mm256_add_epi16(rest23, margin), width), zero);
+        const __m256i marks = InOrder(_mm256_srli_epi16(near01, 15), _mm256_srli_epi16(near23, 15));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(undecided + done), marks);
+    }
+    return done;
+}
+
+struct Doubles
+{
+    __m256d v;
+};
+
+/// sum += the four bytes of a pixel under a weight.
+inline void AddProduct(Doubles& sum, const unsigned char* bytes, double weight)
+{
+    int four;
+    std::memcpy(&four, bytes, sizeof four);
+    const __m256d pixel = _mm256_cvtepi32_pd(_mm_cvtepu8_epi32(_mm_cvtsi32_si128(four)));
+    sum.v = _mm256_add_pd(sum.v, _mm256_mul_pd(pixel, _mm256_set1_pd(weight)));
+}
+
+inline void StoreRounded(unsigned char* bytes, const Doubles& sum, int channels)
+{
+    const __m128i whole = _mm256_cvttpd_epi32(_mm256_add_pd(sum.v, _mm256_set1_pd(0.5)));
+    const __m128i words = _mm_packs_epi32(whole, whole);
+    const int four = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
+    std::memcpy(bytes, &four, static_cast<std::size_t>(channels));
+}
+
 } // namespace
 
 #include "image/VectorKernels.h"

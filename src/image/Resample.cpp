@@ -54,8 +54,8 @@ void LinearPixels(unsigned char* dst, int dstStep, const unsigned char* upper, c
 }
 
 template <int kChannels>
-void CubicPixels(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
-                 const double (&rowWeights)[4], const CubicTap* columns, int count)
+void CubicPixelRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
+                   const double (&rowWeights)[4], const CubicTap* columns, int count)
 {
     for (int i = 0; i < count; ++i, dst += dstStep)
     {
@@ -73,14 +73,14 @@ void CubicPixels(unsigned char* dst, int dstStep, const unsigned char* const (&r
     }
 }
 
-template <int kTaps, int kChannels>
-void FilterPixels(float* out, const unsigned char* src, const FilterTap* columns, int count)
+template <int kTaps>
+void FilterPixels(float* out, const unsigned char* src, const FilterTap* columns, int count, int channels)
 {
-    for (int i = 0; i < count; ++i, out += 4)
-        for (int c = 0; c < 4; ++c)
+    for (int i = 0; i < count; ++i, out += channels)
+        for (int c = 0; c < channels; ++c)
         {
             out[c] = 0.0F;
-            for (int k = 0; k < kTaps && c < kChannels; ++k)
+            for (int k = 0; k < kTaps; ++k)
                 out[c] += static_cast<float>(src[columns[i].offset[k] + c]) * columns[i].weight[k];
         }
 }
@@ -136,16 +136,13 @@ void LinearRow(unsigned char* dst, int dstStep, const unsigned char* upper, cons
 void FilterRow(float* out, const unsigned char* src, const FilterTap* columns, int taps, int count, int,
                int channels)
 {
-    if (channels == 3)
-        (taps == 2 ? FilterPixels<2, 3> : FilterPixels<4, 3>)(out, src, columns, count);
-    else
-        (taps == 2 ? FilterPixels<2, 4> : FilterPixels<4, 4>)(out, src, columns, count);
+    (taps == 2 ? FilterPixels<2> : FilterPixels<4>)(out, src, columns, count, channels);
 }
 
 void AddRows(unsigned char* out, unsigned char* undecided, const float* const (&rows)[4],
-             const float (&weights)[4], int taps, float margin, std::ptrdiff_t count)
+             const float (&weights)[4], int taps, std::ptrdiff_t count)
 {
-    AddRowsInFloats(out, undecided, rows, weights, taps, margin, count);
+    AddRowsInFloats(out, undecided, rows, weights, taps, count);
 }
 
 SmallDivisor::SmallDivisor(int divisor) : half(static_cast<std::uint16_t>(divisor / 2)), shift(0)
@@ -177,7 +174,16 @@ void AddPairRows(unsigned char* out, const std::uint16_t* upper, const std::uint
 void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
               const double (&rowWeights)[4], const CubicTap* columns, int count, int channels)
 {
-    (channels == 3 ? CubicPixels<3> : CubicPixels<4>)(dst, dstStep, rows, rowWeights, columns, count);
+    (channels == 3 ? CubicPixelRow<3> : CubicPixelRow<4>)(dst, dstStep, rows, rowWeights, columns, count);
+}
+
+void CubicPixels(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
+                 const double (&rowWeights)[4], const CubicTap* columns, const int* list, int count, int,
+                 int channels)
+{
+    for (int i = 0; i < count; ++i)
+        CubicRow(dst + std::ptrdiff_t{dstStep} * list[i], dstStep, rows, rowWeights, columns + list[i], 1,
+                 channels);
 }
 
 } // namespace zel

@@ -41,8 +41,38 @@ struct VectorRows
     static void Filter(float* out, const unsigned char* src, const FilterTap* columns, int taps, int count,
                        int within, int channels)
     {
-        (taps == 2 ? FilterPixels<2> : FilterPixels<4>)(out, src, columns, within);
-        FilterRow(out + std::ptrdiff_t{4} * within, src, columns + within, taps, count - within, 0, channels);
+        (taps == 2 ? FilterPixels<2> : FilterPixels<4>)(out, src, columns, within, channels);
+        FilterRow(out + std::ptrdiff_t{channels} * within, src, columns + within, taps, count - within, 0,
+                  channels);
+    }
+
+    static void Add(unsigned char* out, unsigned char* undecided, const float* const (&rows)[4],
+                    const float (&weights)[4], int taps, std::ptrdiff_t count)
+    {
+        const std::ptrdiff_t done = taps == 4 ? AddSteps(out, undecided, rows, weights, count) : 0;
+        const float* const rest[4] = {rows[0] + done, rows[1] + done, rows[2] + done, rows[3] + done};
+        AddRowsInFloats(out + done, undecided + done, rest, weights, taps, count - done);
+    }
+
+    static void Cubic(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
+                      const double (&rowWeights)[4], const CubicTap* columns, const int* list, int count,
+                      int within, int channels)
+    {
+        for (int i = 0; i < count; ++i)
+        {
+            unsigned char* const to = dst + std::ptrdiff_t{dstStep} * list[i];
+            const CubicTap& tap = columns[list[i]];
+            if (list[i] >= within)
+            {
+                CubicRow(to, dstStep, rows, rowWeights, &tap, 1, channels);
+                continue;
+            }
+            Doubles sum = {};
+            for (int j = 0; j < 4; ++j)
+                for (int k = 0; k < 4; ++k)
+                    AddProduct(sum, rows[j] + tap.offset[k], rowWeights[j] * tap.weight[k]);
+            StoreRounded(to, sum, channels);
+        }
     }
 
     static void Pair(std::uint16_t* out, const unsigned char* src, const PairColumns& columns, int count,
@@ -169,9 +199,10 @@ private:
     static constexpr int kBehind = 2; // pixels of 3 bytes that loading a vector of them touches besides
 
     template <int kTaps>
-    static void FilterPixels(float* out, const unsigned char* src, const FilterTap* columns, int count)
+    static void FilterPixels(float* out, const unsigned char* src, const FilterTap* columns, int count,
+                             int channels)
     {
-        for (int i = 0; i < count; ++i, out += 4)
+        for (int i = 0; i < count; ++i, out += channels)
         {
             const FilterTap& tap = columns[i];
             Floats sum = PixelAsFloats(src + tap.offset[0]) * tap.weight[0];
@@ -220,9 +251,9 @@ template <typename Vector>
 constexpr Kernels VectorKernels()
 {
     using Rows = VectorRows<Vector>;
-    return {Rows::Filter,   AddRowsInFloats, Rows::Pair,         AddPairRowsInWords, Rows::BlendByAlpha,
-            Rows::Blend,    Rows::Key,       Rows::Multiply,     Rows::SetAlpha,     Rows::FillAlpha,
-            Rows::KeyAlpha, Rows::Mix,       Rows::ExpandTriple, Rows::CopyColors};
+    return {Rows::Filter,       Rows::Add,      Rows::Cubic, Rows::Pair,         AddPairRowsInWords,
+            Rows::BlendByAlpha, Rows::Blend,    Rows::Key,   Rows::Multiply,     Rows::SetAlpha,
+            Rows::FillAlpha,    Rows::KeyAlpha, Rows::Mix,   Rows::ExpandTriple, Rows::CopyColors};
 }
 
 } // namespace
