@@ -2,6 +2,7 @@
 
 #include "platform/Platform.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace zel
@@ -15,24 +16,41 @@ constexpr int kEndOfText = 0x1A;
 
 constexpr std::size_t kBlockBytes = 16384;
 
-// Hands the characters from here to the end of the text to `take`, until that gives false.
+const unsigned char* Find(const unsigned char* from, const unsigned char* end, int character)
+{
+    const void* const found = std::memchr(from, character, static_cast<std::size_t>(end - from));
+    return found == nullptr ? end : static_cast<const unsigned char*>(found);
+}
+
+// Hands the characters from here to the end of the text to `take`, by runs, until that gives false.
 template <typename Take>
 void TakeText(std::FILE* file, const Take& take)
 {
     unsigned char block[kBlockBytes];
+    const unsigned char cr = '\r';
     bool isAfterCr = false;
     while (const std::size_t bytes = std::fread(block, 1, sizeof block, file))
-        for (std::size_t i = 0; i < bytes; ++i)
-        {
-            const int character = block[i];
-            if (isAfterCr && character != '\n' && !take('\r'))
-                return;
-            isAfterCr = character == '\r';
-            if (character == kEndOfText || (!isAfterCr && !take(static_cast<char>(character))))
-                return;
-        }
+    {
+        if (isAfterCr && block[0] != '\n' && !take(&cr, 1))
+            return;
+        const unsigned char* const end = Find(block, block + bytes, kEndOfText);
+        const bool isLast = end != block + bytes;
+        isAfterCr = !isLast && end[-1] == '\r';
+        const unsigned char* const last = isAfterCr ? end - 1 : end;
+
+        const unsigned char* run = block;
+        for (const unsigned char* p = Find(run, last, '\r'); p != last; p = Find(p + 1, last, '\r'))
+            if (p + 1 != last && p[1] == '\n')
+            {
+                if (!take(run, static_cast<std::size_t>(p - run)))
+                    return;
+                run = p + 1;
+            }
+        if (!take(run, static_cast<std::size_t>(last - run)) || isLast)
+            return;
+    }
     if (isAfterCr)
-        take('\r');
+        take(&cr, 1);
 }
 
 } // namespace
@@ -64,7 +82,7 @@ int ReadTextCharacter(std::FILE* file)
 std::optional<std::size_t> CountText(std::FILE* file, std::size_t limit)
 {
     std::size_t count = 0;
-    TakeText(file, [&](char) { return ++count <= limit; });
+    TakeText(file, [&](const unsigned char*, std::size_t length) { return (count += length) <= limit; });
     return count > limit ? std::nullopt : std::optional(count);
 }
 
@@ -73,12 +91,12 @@ bool ReadText(std::FILE* file, char* text, std::size_t count)
     std::rewind(file);
     std::size_t read = 0;
     TakeText(file,
-             [&](char character)
+             [&](const unsigned char* run, std::size_t length)
              {
-                 if (read == count)
-                     return false;
-                 text[read++] = character;
-                 return true;
+                 length = std::min(length, count - read);
+                 std::memcpy(text + read, run, length);
+                 read += length;
+                 return read < count;
              });
     return read == count;
 }
