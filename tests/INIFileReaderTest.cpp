@@ -363,6 +363,36 @@ TEST_F(INIFileReaderTest, FilesUpToTheirLimitAreCountedAsText)
     EXPECT_EQ(Ask(m_reader, file, "a", "k", false), "v");
 }
 
+TEST_F(INIFileReaderTest, LineEndsAcrossABlockOfTheReader)
+{
+    const struct
+    {
+        Text before, behind;
+        Found direct;
+    } cases[] = {{"\r", "\nl=2\n", "1"},       // one line end
+                 {"\r", "\r\nl=2\n", "1\r"},   // the first CR belongs to the value
+                 {"\r\r", "\nl=2\n", "1\r"},   // so here
+                 {"\r", "\x1A\nl=2\n", "1\r"}, // the text ends
+                 {"", "\x1Ax\nl=2\n", "1"},    // so here
+                 {"\r", "x\nl=2\n", "1\rx"},   // a character like others
+                 {"\r", "", "1\r"}};
+    int number = 0;
+    for (const auto& [before, behind, direct] : cases)
+        for (const int moved : {0, -1, 1, -1000})
+        {
+            const Text head = "[a]\n;", line = "\nk=1" + before;
+            const std::size_t filling = static_cast<std::size_t>(16384 + moved) - head.size() - line.size();
+            const Text file =
+                Write(head + Text(filling, '.') + line + behind, std::to_string(number++) + ".ini");
+            SCOPED_TRACE(testing::Message() << testing::PrintToString(before + "|" + behind) << moved);
+            EXPECT_EQ(Ask(m_reader, file, "a", "k", false), direct);
+            const bool hasSecond = behind.find('\x1A') == Text::npos && !behind.empty();
+            EXPECT_EQ(Ask(m_reader, file, "a", "l", false), hasSecond ? Found("2") : Found());
+            const Text indexed = direct->back() == '\r' ? "1" : *direct; // without a CR at its end
+            EXPECT_EQ(Ask(m_reader, file, "a", "k", true), indexed);
+        }
+}
+
 TEST_F(INIFileReaderTest, WhatIsHeldAndFor)
 {
     const Text file = Write("[a]\nk=1\n"), other = Write("[a]\nk=other\n", "b.ini");
