@@ -1,8 +1,10 @@
 #include "ZelUtil/INIFileReader.h"
 
 #include "TextFile.h"
+#include "platform/Platform.h"
 
 #include <algorithm>
+#include <bit>
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
@@ -17,10 +19,39 @@ constexpr int kValueSize = 512;
 constexpr int kEntrySize = 256;
 constexpr int kPieceSize = 512; // of a line in a listing
 
-char Upper(char character)
+constexpr std::uint32_t kNoEntry = UINT32_MAX;
+constexpr std::uint32_t kBucketsPerEntry = 2;
+constexpr std::size_t kBucketBytes = kBucketsPerEntry * sizeof(std::uint32_t); // of an entry
+
+// std::toupper, by the locale at the time when this was made.
+class UpperCase
 {
-    return static_cast<char>(std::toupper(static_cast<unsigned char>(character)));
-}
+public:
+    char operator()(char character) const
+    {
+        const auto code = static_cast<unsigned char>(character);
+        return static_cast<char>(m_table != nullptr ? m_table[code] : std::toupper(code));
+    }
+
+private:
+    const std::int32_t* m_table = zel::UpperCaseTable();
+};
+
+// Made character by character, while a name is turned to upper case: a name read back by words would have to
+// wait for the single characters to be written.
+class Hash
+{
+public:
+    void Add(char character) { m_bits = std::rotl(m_bits, 7) ^ static_cast<unsigned char>(character); }
+
+    std::uint32_t Value() const { return static_cast<std::uint32_t>((m_bits * 0x9E3779B97F4A7C15U) >> 32); }
+
+    // The same key counts in every section once.
+    std::uint32_t InSection(std::uint32_t section) const { return Value() + (section + 1) * 0x9E3779B1U; }
+
+private:
+    std::uint64_t m_bits = 0;
+};
 
 bool IsBlank(char character)
 {
@@ -66,65 +97,122 @@ const char* GoOn(const char* p)
     return IsBlank(*p) ? p + 1 : SkipLine(p);
 }
 
-// What a request or an entry is compared by: in upper case, with what stands around the name in a file.
+// What a request is compared by: in upper case, with what stands around the name in a file.
 class Pattern
 {
 public:
     // Empty where it would not fit an entry.
-    Pattern(const char* before, const char* name, const char* behind)
+    Pattern(const char* name, UpperCase upper, char behind, char before = '\0')
     {
-        if (std::strlen(before) + std::strlen(name) + std::strlen(behind) >= kEntrySize)
-            return;
-        for (const char* part : {before, name, behind})
-            for (; *part != '\0'; ++part)
-                m_text[m_length++] = Upper(*part);
-        m_text[m_length] = '\0';
+        // Local copies: what is written to the text could otherwise change the members, as compilers see it.
+        Hash hash;
+        std::size_t length = 0;
+        if (before != '\0')
+            hash.Add(m_text[length++] = before);
+        for (; *name != '\0'; ++name)
+        {
+            if (length == kEntrySize - 2)
+                return;
+            const char character = upper(*name);
+            m_text[length++] = character;
+            hash.Add(character);
+        }
+        m_text[length++] = behind;
+        hash.Add(behind);
+        m_hash = hash;
+        m_length = length;
     }
 
     bool IsEmpty() const { return m_length == 0; }
 
-    bool Equals(const char (&entry)[kEntrySize]) const
+    const Hash& GetHash() const { return m_hash; }
+
+    bool Equals(const char* text, std::size_t length) const
     {
-        return std::memcmp(entry, m_text, m_length + 1) == 0;
+        return length == m_length && std::memcmp(text, m_text, length) == 0;
     }
 
     // Moves p over what is the same; true when that is the whole pattern.
-    bool Matches(const char*& p) const
+    bool Matches(const char*& p, UpperCase upper) const
     {
-        for (const char* expected = m_text; *expected != '\0'; ++expected, ++p)
-            if (Upper(*p) != *expected)
+        for (std::size_t i = 0; i < m_length; ++i, ++p)
+            if (upper(*p) != m_text[i])
                 return false;
         return true;
     }
 
 private:
-    char m_text[kEntrySize] = {};
+    char m_text[kEntrySize]; // the first m_length of them; zeroing it would cost as much as filling it
     std::size_t m_length = 0;
+    Hash m_hash;
 };
 
-Pattern SectionPattern(const char* name)
+Pattern SectionPattern(const char* name, UpperCase upper)
 {
-    return Pattern("[", name, "]");
+    return Pattern(name, upper, ']', '[');
 }
 
-Pattern KeyPattern(const char* name)
+Pattern KeyPattern(const char* name, UpperCase upper)
 {
-    return Pattern("", name, "=");
+    return Pattern(name, upper, '=');
 }
 
-// Copies the line up to `last` in upper case, `last` included, where p stands then. False where the line has
-// none or an entry does not hold so much.
-bool CopyName(const char*& p, char last, char (&entry)[kEntrySize])
+// Turns a line up to `last` to upper case where it stands, and gives its length, `last` included. 0 where the
+// line has none or is longer than a request can be.
+std::uint32_t FoldName(char* name, char last, UpperCase upper, Hash& result)
 {
-    int length = 0;
-    for (; *p != last; ++p)
+    Hash hash;
+    std::uint32_t length = 0;
+    for (; name[length] != last; ++length)
     {
-        if (*p == '\n' || *p == '\0' || length == kEntrySize - 2)
-            return false;
-        entry[length++] = Upper(*p);
+        if (name[length] == '\n' || name[length] == '\0' || length == kEntrySize - 2)
+            return 0;
+        const char character = upper(name[length]);
+        name[length] = character;
+        hash.Add(character);
     }
-    entry[length] = last;
-    return true;
+    hash.Add(last);
+    result = hash;
+    return length + 1;
+}
+
+// The first header; null where there is none.
+const char* FirstHeader(const char* text)
+{
+    const char* p = SkipBlanks(text);
+    while (*p != '[')
+    {
+        if (*p == '\0')
+            return nullptr;
+        p = SkipBlanks(SkipLine(p));
+    }
+    return p;
+}
+
+// The next line that counts, behind its blanks; null where the text ends before it.
+const char* NextLine(const char* p)
+{
+    do
+    {
+        p = SkipLine(p);
+        if (*p == '\0')
+            return nullptr;
+        p = SkipBlanks(p);
+    } while (*p == ';' || *p == '\r' || *p == '\n');
+    return p;
+}
+
+// Chains the entries of each bucket, the earlier ones first.
+template <typename Entry>
+void FillBuckets(Entry* entries, std::uint32_t count, std::uint32_t* buckets, std::uint32_t bucketCount)
+{
+    std::fill_n(buckets, bucketCount, kNoEntry);
+    for (std::uint32_t i = count; i-- > 0;)
+    {
+        std::uint32_t& first = buckets[entries[i].hash & (bucketCount - 1)];
+        entries[i].next = first;
+        first = i;
+    }
 }
 
 // A value in a text: what stands from `begin` on its line, cut to `limit` characters, without blanks around
@@ -232,6 +320,7 @@ void INIFileReader::end_profile_string()
     std::free(m_profileIndex);
     m_profileText = nullptr;
     m_profileIndex = nullptr;
+    m_profileBuckets = 0;
     m_profileIndexMissing = true;
     CloseList();
 }
@@ -269,8 +358,8 @@ int INIFileReader::get_profile_string(const char* section, const char* key, cons
 {
     if (m_profileIndexMissing)
     {
-        // Zeroed lazily by the platform: only entries that are used cost memory.
-        m_profileIndex = static_cast<ProfileEntry*>(std::calloc(m_profileCapacity, sizeof(ProfileEntry)));
+        m_profileIndex = static_cast<ProfileEntry*>(
+            std::malloc(m_profileCapacity * (sizeof(ProfileEntry) + kBucketBytes)));
         m_profileFileName[0] = '\0';
         m_profileIndexMissing = m_profileIndex == nullptr;
     }
@@ -368,72 +457,59 @@ bool INIFileReader::ReadProfile(const char* fileName)
     return false;
 }
 
-// No file is held, and every entry is zero. The entries behind the used ones are so already.
+// No file is held.
 void INIFileReader::ClearProfile()
 {
     std::free(m_profileText);
     m_profileText = nullptr;
     m_profileFileName[0] = '\0';
-    for (std::uint32_t i = 0; i < m_profileCapacity && m_profileIndex[i].text[0] != '\0'; ++i)
-        std::memset(&m_profileIndex[i], 0, sizeof(ProfileEntry));
+    m_profileBuckets = 0;
 }
 
-// False for a malformed file and where memory runs out; the entries made so far stay.
+// False for a malformed file and where memory runs out.
 bool INIFileReader::BuildIndex()
 {
-    const char* p = SkipBlanks(m_profileText);
-    while (*p != '[')
-    {
-        if (*p == '\0')
-            return true;
-        p = SkipBlanks(SkipLine(p));
-    }
-
+    const UpperCase upper;
     ProfileEntry* entry = m_profileIndex;
     ProfileEntry* section = nullptr;
-    for (;;)
+    for (const char* p = FirstHeader(m_profileText); p != nullptr; p = NextLine(p))
     {
-        if (*p == '[')
-        {
-            if (!CopyName(p, ']', entry->text))
-                return false;
-            if (section != nullptr)
-                section->link = entry;
-            section = entry;
-        }
-        else
-        {
-            if (!CopyName(p, '=', entry->text))
-                return false;
-            entry->link = const_cast<char*>(p + 1);
-        }
-        if (!NextEntry(entry, section))
+        const bool isSection = *p == '[';
+        char* const name = m_profileText + (p - m_profileText);
+        Hash hash;
+        entry->name = name;
+        entry->length = FoldName(name, isSection ? ']' : '=', upper, hash);
+        if (entry->length == 0)
             return false;
 
-        do
-        {
-            p = SkipLine(p);
-            if (*p == '\0')
-                return true;
-            p = SkipBlanks(p);
-        } while (*p == ';' || *p == '\r' || *p == '\n');
+        if (isSection)
+            section = entry;
+        entry->section = static_cast<std::uint32_t>(section - m_profileIndex);
+        entry->hash = isSection ? hash.Value() : hash.InSection(entry->section);
+        p += entry->length - 1;
+        if (!NextEntry(entry, section))
+            return false;
     }
+
+    const auto count = static_cast<std::uint32_t>(entry - m_profileIndex);
+    m_profileBuckets = std::bit_ceil(kBucketsPerEntry * count);
+    FillBuckets(m_profileIndex, count, reinterpret_cast<std::uint32_t*>(m_profileIndex + m_profileCapacity),
+                m_profileBuckets);
+    return true;
 }
 
-// Moves on to the next entry, which is free. Where the index ends it doubles, and everything that points into
-// it follows: the chain of its sections, and both pointers.
+// Moves on to the next entry, which is free. Where the index ends it doubles, and both pointers follow.
 bool INIFileReader::NextEntry(ProfileEntry*& entry, ProfileEntry*& section)
 {
     ++entry;
     if (entry != m_profileIndex + m_profileCapacity)
         return true;
 
-    auto* const larger = static_cast<ProfileEntry*>(std::calloc(m_profileCapacity, 2 * sizeof(ProfileEntry)));
+    auto* const larger = static_cast<ProfileEntry*>(
+        std::malloc(2 * m_profileCapacity * (sizeof(ProfileEntry) + kBucketBytes)));
     if (larger == nullptr)
         return false;
     std::memcpy(larger, m_profileIndex, m_profileCapacity * sizeof(ProfileEntry));
-    for (ProfileEntry* link = larger; link->link != nullptr; link = static_cast<ProfileEntry*>(link->link))
-        link->link = larger + (static_cast<ProfileEntry*>(link->link) - m_profileIndex);
     section = larger + (section - m_profileIndex);
     entry = larger + m_profileCapacity;
     std::free(m_profileIndex);
@@ -445,24 +521,30 @@ bool INIFileReader::NextEntry(ProfileEntry*& entry, ProfileEntry*& section)
 // Where the value begins in the text; null where there is none.
 const char* INIFileReader::FindInIndex(const char* section, const char* key) const
 {
-    const Pattern sectionPattern = SectionPattern(section);
-    const Pattern keyPattern = KeyPattern(key);
-    if (sectionPattern.IsEmpty() || keyPattern.IsEmpty())
+    const UpperCase upper;
+    const Pattern sectionPattern = SectionPattern(section, upper);
+    const Pattern keyPattern = KeyPattern(key, upper);
+    if (sectionPattern.IsEmpty() || keyPattern.IsEmpty() || m_profileBuckets == 0)
         return nullptr;
 
-    const ProfileEntry* entry = m_profileIndex;
-    while (entry->text[0] != '\0' && !sectionPattern.Equals(entry->text))
+    const auto* const buckets = reinterpret_cast<const std::uint32_t*>(m_profileIndex + m_profileCapacity);
+    const std::uint32_t mask = m_profileBuckets - 1;
+    const std::uint32_t sectionHash = sectionPattern.GetHash().Value();
+    std::uint32_t at = buckets[sectionHash & mask];
+    while (at != kNoEntry && (m_profileIndex[at].hash != sectionHash ||
+                              !sectionPattern.Equals(m_profileIndex[at].name, m_profileIndex[at].length)))
+        at = m_profileIndex[at].next;
+    if (at == kNoEntry)
+        return nullptr;
+
+    const std::uint32_t inSection = at, keyHash = keyPattern.GetHash().InSection(inSection);
+    for (at = buckets[keyHash & mask]; at != kNoEntry; at = m_profileIndex[at].next)
     {
-        if (entry->link == nullptr)
-            return nullptr;
-        entry = static_cast<const ProfileEntry*>(entry->link);
+        const ProfileEntry& entry = m_profileIndex[at];
+        if (entry.section == inSection && entry.hash == keyHash &&
+            keyPattern.Equals(entry.name, entry.length))
+            return entry.name + entry.length;
     }
-    if (entry->text[0] == '\0')
-        return nullptr;
-
-    for (++entry; entry->text[0] != '\0' && entry->text[0] != '['; ++entry)
-        if (keyPattern.Equals(entry->text))
-            return static_cast<const char*>(entry->link);
     return nullptr;
 }
 
@@ -470,20 +552,21 @@ const char* INIFileReader::FindInIndex(const char* section, const char* key) con
 // there.
 const char* INIFileReader::FindInText(const char* section, const char* key) const
 {
-    const Pattern sectionPattern = SectionPattern(section);
-    const Pattern keyPattern = KeyPattern(key);
+    const UpperCase upper;
+    const Pattern sectionPattern = SectionPattern(section, upper);
+    const Pattern keyPattern = KeyPattern(key, upper);
     if (sectionPattern.IsEmpty() || keyPattern.IsEmpty())
         return nullptr;
 
     const char* p = LineWithHeader(m_directText);
-    while (*p != '[' || !sectionPattern.Matches(p))
+    while (*p != '[' || !sectionPattern.Matches(p, upper))
     {
         if (*p == '\0')
             return nullptr;
         p = IsBlank(*p) ? p + 1 : LineWithHeader(SkipLine(p));
     }
     for (p = SkipLine(p); *p != '\0' && *p != '['; p = GoOn(p))
-        if (*p != ';' && *p != '\r' && keyPattern.Matches(p))
+        if (*p != ';' && *p != '\r' && keyPattern.Matches(p, upper))
             return p;
     return nullptr;
 }

@@ -73,11 +73,14 @@ public:
     bool getNextSectionName(CStdStr<char>& name);
 
 private:
-    /// An entry is a section, "[NAME]", or one of its keys, "KEY="; a free one begins with a zero.
+    /// An entry is a section, "[NAME]", or one of its keys, "KEY=".
     struct ProfileEntry
     {
-        char text[256];
-        void* link; ///< of a section the next section, of a key its value in m_profileText
+        const char* name; ///< in m_profileText, which has it in upper case; behind a key follows its value
+        std::uint32_t length;
+        std::uint32_t hash;
+        std::uint32_t section; ///< of a key its section's entry, of a section itself
+        std::uint32_t next;    ///< entry of the same bucket
     };
 
     int get_profile_string(const char* section, const char* key, const char* defaultValue, char* buffer,
@@ -102,9 +105,11 @@ private:
     char* m_directText = nullptr; ///< owned, terminated
     char m_profileFileName[512] = {};
     char* m_profileText = nullptr; ///< owned, terminated
-    ProfileEntry* m_profileIndex =
-        nullptr; ///< owned; sections each followed by their keys, then free entries
+    /// Owned: the entries in the order of the text, free ones, and behind them buckets, each the number of
+    /// its first entry.
+    ProfileEntry* m_profileIndex = nullptr;
     std::uint32_t m_profileCapacity = 2048; ///< entries of the index
+    std::uint32_t m_profileBuckets = 0;     ///< in use, a power of two; 0 while no file is held
     bool m_profileIndexMissing = true;
 };
 

@@ -36,6 +36,14 @@ bool MakeDirectory(const char* path);
 std::vector<std::string> FindFiles(const std::string& searchPath);
 
 /// @}
+/// \name Characters
+/// @{
+
+/// What std::toupper makes of each of the 256 characters, in the locale that is set now; valid until another
+/// is set. Null where the system shows no such table.
+const std::int32_t* UpperCaseTable();
+
+/// @}
 /// \name Windows
 /// `window` is the address of the variable that holds the handle.
 /// @{

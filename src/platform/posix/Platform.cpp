@@ -3,6 +3,7 @@
 #include "FileNames.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -190,6 +191,15 @@ std::vector<std::string> FindFiles(const std::string& searchPath)
             names.push_back(entry->d_name);
     std::sort(names.begin(), names.end());
     return names;
+}
+
+const std::int32_t* UpperCaseTable()
+{
+#if defined(__GLIBC__)
+    return *__ctype_toupper_loc();
+#else
+    return nullptr;
+#endif
 }
 
 char* OpenLibrary(const char* name)

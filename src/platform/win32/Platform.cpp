@@ -135,6 +135,11 @@ std::optional<Extent> ClientExtent(const unsigned char* window)
     return ExtentOf(rectangle);
 }
 
+const std::int32_t* UpperCaseTable()
+{
+    return nullptr;
+}
+
 char* OpenLibrary(const char* name)
 {
     return reinterpret_cast<char*>(LoadLibraryA(name));
