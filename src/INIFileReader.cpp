@@ -477,7 +477,7 @@ bool INIFileReader::BuildIndex()
         const bool isSection = *p == '[';
         char* const name = m_profileText + (p - m_profileText);
         Hash hash;
-        entry->name = name;
+        entry->text = name;
         entry->length = FoldName(name, isSection ? ']' : '=', upper, hash);
         if (entry->length == 0)
             return false;
@@ -532,7 +532,7 @@ const char* INIFileReader::FindInIndex(const char* section, const char* key) con
     const std::uint32_t sectionHash = sectionPattern.GetHash().Value();
     std::uint32_t at = buckets[sectionHash & mask];
     while (at != kNoEntry && (m_profileIndex[at].hash != sectionHash ||
-                              !sectionPattern.Equals(m_profileIndex[at].name, m_profileIndex[at].length)))
+                              !sectionPattern.Equals(m_profileIndex[at].text, m_profileIndex[at].length)))
         at = m_profileIndex[at].next;
     if (at == kNoEntry)
         return nullptr;
@@ -542,8 +542,8 @@ const char* INIFileReader::FindInIndex(const char* section, const char* key) con
     {
         const ProfileEntry& entry = m_profileIndex[at];
         if (entry.section == inSection && entry.hash == keyHash &&
-            keyPattern.Equals(entry.name, entry.length))
-            return entry.name + entry.length;
+            keyPattern.Equals(entry.text, entry.length))
+            return entry.text + entry.length;
     }
     return nullptr;
 }

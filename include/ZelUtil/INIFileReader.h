@@ -76,7 +76,7 @@ private:
     /// An entry is a section, "[NAME]", or one of its keys, "KEY=".
     struct ProfileEntry
     {
-        const char* name; ///< in m_profileText, which has it in upper case; behind a key follows its value
+        const char* text; ///< in m_profileText, which has it in upper case; behind a key follows its value
         std::uint32_t length;
         std::uint32_t hash;
         std::uint32_t section; ///< of a key its section's entry, of a section itself
