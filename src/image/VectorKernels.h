@@ -58,6 +58,7 @@ struct VectorRows
                       const double (&rowWeights)[4], const CubicTap* columns, const int* list, int count,
                       int within, int channels)
     {
+        const int rowCount = rowWeights[3] == 0.0 ? 3 : 4; // adding nothing changes no sum
         for (int i = 0; i < count; ++i)
         {
             unsigned char* const to = dst + std::ptrdiff_t{dstStep} * list[i];
@@ -67,9 +68,10 @@ struct VectorRows
                 CubicRow(to, dstStep, rows, rowWeights, &tap, 1, channels);
                 continue;
             }
+            const int tapCount = tap.weight[3] == 0.0 ? 3 : 4;
             Doubles sum = {};
-            for (int j = 0; j < 4; ++j)
-                for (int k = 0; k < 4; ++k)
+            for (int j = 0; j < rowCount; ++j)
+                for (int k = 0; k < tapCount; ++k)
                     AddProduct(sum, rows[j] + tap.offset[k], rowWeights[j] * tap.weight[k]);
             StoreRounded(to, sum, channels);
         }
