@@ -90,6 +90,14 @@ const char* LineWithHeader(const char* p)
     return bracket;
 }
 
+// The same behind the line that p is somewhere in, without a search for that line's end where another line
+// has the next bracket.
+const char* LaterLineWithHeader(const char* p)
+{
+    const char* const line = LineWithHeader(p);
+    return line > p ? line : LineWithHeader(SkipLine(p));
+}
+
 // Where the search in a text goes on after something that is not what it looks for: behind a blank, else on
 // the next line.
 const char* GoOn(const char* p)
@@ -563,7 +571,7 @@ const char* INIFileReader::FindInText(const char* section, const char* key) cons
     {
         if (*p == '\0')
             return nullptr;
-        p = IsBlank(*p) ? p + 1 : LineWithHeader(SkipLine(p));
+        p = IsBlank(*p) ? p + 1 : LaterLineWithHeader(p);
     }
     for (p = SkipLine(p); *p != '\0' && *p != '['; p = GoOn(p))
         if (*p != ';' && *p != '\r' && keyPattern.Matches(p, upper))
