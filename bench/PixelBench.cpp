@@ -1,178 +1,458 @@
-// Times the operations of the image: pixels per second of the picture that is written, beside a copy of its
-// bytes. Every operation is run once before the clock starts and must succeed.
+// Times the operations of the image: pixels per second of the picture that is written, beside their
+// definition and a copy of the same bytes. What differs from its definition in a byte is not timed.
 
-#include "ZelUtil/TarvexDib.h"
+#include "PixelBench.h"
 
+#include "Definitions.h"
+
+#include <algorithm>
 #include <benchmark/benchmark.h>
-#include <cstdio>
+#include <cmath>
 #include <cstring>
-#include <functional>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <memory>
 #include <random>
-#include <string>
+#include <tuple>
 #include <vector>
+
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
 
 namespace
 {
 
-constexpr int kWidth = 1920;
-constexpr int kHeight = 1080;
+// Number of the pictures that have a colour of their own in every second block of 32 x 32 pixels.
+constexpr int kCutOut = 1;
+constexpr unsigned char kKey[] = {3, 2, 1}; // blue, green, red
+
+void Draw(CTarvexDib& dib, int number)
+{
+    std::mt19937 random(static_cast<unsigned>(number) + 1);
+    const int channels = dib.PixelSize();
+    std::vector<double> waves(static_cast<std::size_t>(dib.Width() * channels));
+    for (int i = 0; i < dib.Width() * channels; ++i)
+        waves[static_cast<std::size_t>(i)] = 120.0 * std::sin(i / channels / 37.0 + i % channels + number);
+    for (int y = 0; y < dib.Height(); ++y)
+    {
+        const double wave = std::cos(y / 29.0 + number);
+        unsigned char* const row = dib.GetPixelFast(0, y);
+        for (int i = 0; i < dib.Width() * channels; ++i)
+        {
+            const double noise = static_cast<double>(random() % 33) - 16.0;
+            const double value = 128.0 + waves[static_cast<std::size_t>(i)] * wave + noise;
+            row[i] = static_cast<unsigned char>(std::clamp(value, 0.0, 255.0));
+        }
+        for (int x = 0; number == kCutOut && x < dib.Width(); ++x)
+            if ((x / 32 + y / 32) % 2 == 0)
+                std::copy_n(kKey, 3, dib.GetPixelFast(x, y));
+    }
+}
+
+// Random bytes, colours too, for depths that Create does not make.
+void LoadNoise(CTarvexDib& dib, int width, int height, int bits)
+{
+    const int colors = bits <= 8 ? 1 << bits : 0;
+    const int rowBytes = (width * bits + 31) / 32 * 4;
+    std::vector<unsigned char> packed(static_cast<std::size_t>(40 + 4 * colors + rowBytes * height));
+    std::mt19937 random(1);
+    for (std::size_t i = 40; i < packed.size(); ++i)
+        packed[i] = static_cast<unsigned char>(random());
+    packed[0] = 40;
+    packed[4] = static_cast<unsigned char>(width);
+    packed[5] = static_cast<unsigned char>(width >> 8);
+    packed[8] = static_cast<unsigned char>(height);
+    packed[9] = static_cast<unsigned char>(height >> 8);
+    packed[12] = 1;
+    packed[14] = static_cast<unsigned char>(bits);
+    dib.Load(packed.data(), static_cast<int>(packed.size()));
+}
+
+bool SameBytes(const CTarvexDib& a, const CTarvexDib& b)
+{
+    return a.Width() == b.Width() && a.Height() == b.Height() && a.BitCount() == b.BitCount() &&
+           std::memcmp(a.GetScanLine(0), b.GetScanLine(0), ImageBytes(a)) == 0;
+}
+
+std::vector<char> FileBytes(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+std::string TemporaryFile(const char* name)
+{
+    return (std::filesystem::temp_directory_path() / name).string();
+}
+
+std::string CopyName(int width, int height, int bits)
+{
+    return "memcpy " + std::to_string(width) + "x" + std::to_string(height) + "x" + std::to_string(bits);
+}
+
+std::string WithBits(const char* name, int bits)
+{
+    return std::string(name) + " " + std::to_string(bits);
+}
+
+void AddCopy(int width, int height, int bits)
+{
+    const auto copy = [=]
+    {
+        const CTarvexDib &to = Target(width, height, bits), &from = Picture(width, height, bits);
+        std::memcpy(to.GetScanLine(0), from.GetScanLine(0), ImageBytes(to));
+        return true;
+    };
+    Add(CopyName(width, height, bits), width, height, copy, copy);
+}
+
+// An operation beside its definition, where both agree.
+void AddPair(const std::string& name, int width, int height, int bits, const Work& operation,
+             const Work& definition, const Work& agree, const Work& restore = nullptr)
+{
+    const Work once = [agree, known = std::make_shared<int>(-1)]
+    {
+        if (*known < 0)
+            *known = agree();
+        return *known == 1;
+    };
+    Add(name + "/library", width, height, operation, once, restore, CopyName(width, height, bits));
+    Add(name + "/definition", width, height, definition, once, restore);
+}
+
+// What writes a picture.
+void AddOperation(const std::string& name, int width, int height, int bits,
+                  const std::function<bool(CTarvexDib&)>& operation,
+                  const std::function<void(CTarvexDib&)>& definition)
+{
+    const auto agree = [=]
+    {
+        CTarvexDib result = Target(width, height, bits), expected = result;
+        definition(expected);
+        return operation(result) && SameBytes(result, expected);
+    };
+    const auto define = [=]
+    {
+        definition(Target(width, height, bits));
+        return true;
+    };
+    AddPair(
+        name, width, height, bits, [=] { return operation(Target(width, height, bits)); }, define, agree);
+}
+
+void AddResizes()
+{
+    for (const Scale& s : kScales)
+        for (const int bits : {24, 32})
+        {
+            for (int i = 0; i < 3; ++i)
+            {
+                const auto method = static_cast<CTarvexDib::InterpolMethod>(i);
+                const auto resize = [=](CTarvexDib& to)
+                {
+                    to.SetupInterpolMethod(method);
+                    return to.Resize(Picture(s.fromWidth, s.fromHeight, bits));
+                };
+                const auto define = [=](CTarvexDib& to)
+                { definition::Resize(to, Picture(s.fromWidth, s.fromHeight, bits), method); };
+                AddOperation(ResizeName(s, i, bits), s.width, s.height, bits, resize, define);
+            }
+            AddCopy(s.width, s.height, bits);
+        }
+}
+
+// Those with two sources, of 24 or 32 bits.
+void AddBlends(int bits)
+{
+    using Blend = std::function<bool(CTarvexDib&, CTarvexDib&, CTarvexDib&)>;
+    using Definition = std::function<void(CTarvexDib&, CTarvexDib&, CTarvexDib&)>;
+    const auto add =
+        [bits](const char* name, int firstBits, int first, const Blend& blend, const Definition& definition)
+    {
+        const auto sources = [=](const auto& operation)
+        {
+            return [=](CTarvexDib& to) {
+                return operation(to, Picture(kWidth, kHeight, firstBits, first),
+                                 Picture(kWidth, kHeight, bits, 2));
+            };
+        };
+        AddOperation(WithBits(name, bits), kWidth, kHeight, bits, sources(blend), sources(definition));
+    };
+    add(
+        "AlphaBlendPerPixel", 32, 0, [](auto& to, auto& a, auto& b) { return to.AlphaBlendPerPixel(&a, &b); },
+        definition::AlphaBlendPerPixel);
+    add(
+        "AlphaBlend", bits, 0, [](auto& to, auto& a, auto& b) { return to.AlphaBlend(&a, &b, 77); },
+        [](auto& to, auto& a, auto& b) { definition::AlphaBlend(to, a, b, 77); });
+    add(
+        "TransparentBlend", bits, kCutOut,
+        [](auto& to, auto& a, auto& b) { return to.TransparentBlend(&a, &b, kKey[2], kKey[1], kKey[0]); },
+        [](auto& to, auto& a, auto& b)
+        { definition::TransparentBlend(to, a, b, kKey[2], kKey[1], kKey[0]); });
+    add(
+        "ShadePerPixel 100%", bits, 0,
+        [](auto& to, auto& a, auto& b) { return to.ShadePerPixel(&a, &b, 100); },
+        [](auto& to, auto& a, auto& b) { definition::ShadePerPixel(to, a, b, 100); });
+    add(
+        "ShadePerPixel 50%", bits, 0, [](auto& to, auto& a, auto& b) { return to.ShadePerPixel(&a, &b, 50); },
+        [](auto& to, auto& a, auto& b) { definition::ShadePerPixel(to, a, b, 50); });
+}
+
+void AddRegions(int bits)
+{
+    const auto source = [bits]() -> CTarvexDib& { return Picture(kWidth, kHeight, bits); };
+    const auto add = [bits](const char* name, const auto& operation, const auto& definition)
+    { AddOperation(WithBits(name, bits), kWidth, kHeight, bits, operation, definition); };
+    add(
+        "Clone", [=](CTarvexDib& to) { return to.Clone(source(), 0, 0, kWidth / 2, kHeight / 2); },
+        [=](CTarvexDib& to) { definition::Clone(to, source(), 0, 0, kWidth / 2, kHeight / 2); });
+    add(
+        "CopyRect", [=](CTarvexDib& to) { return to.CopyRect(0, 0, source(), 0, 0, kWidth, kHeight); },
+        [=](CTarvexDib& to) { definition::CopyRect(to, 0, 0, source(), 0, 0, kWidth, kHeight); });
+    add(
+        "CopyRect from bytes",
+        [=](CTarvexDib& to)
+        { return to.CopyRect(1, 0, source().GetScanLine(0), kWidth, kHeight, bits, 0, 1, kWidth, kHeight); },
+        [=](CTarvexDib& to)
+        { definition::CopyRect(to, 1, 0, source().GetScanLine(0), kWidth, kHeight, 0, 1, kWidth, kHeight); });
+    add(
+        "Copy",
+        [=](CTarvexDib& to)
+        {
+            to = source();
+            return true;
+        },
+        [=](CTarvexDib& to)
+        {
+            to.Create(kWidth, kHeight, bits);
+            definition::CopyRect(to, 0, 0, source(), 0, 0, kWidth, kHeight);
+        });
+}
+
+void AddAlphas()
+{
+    const auto add = [](const char* name, const auto& operation, const auto& definition)
+    { AddOperation(name, kWidth, kHeight, 32, operation, definition); };
+    const auto plane = []() -> CTarvexDib& { return Picture(kWidth, kHeight, 8); };
+    add(
+        "SetAlphaPlane", [=](CTarvexDib& to) { return to.SetAlphaPlane(&plane()); },
+        [=](CTarvexDib& to) { definition::SetAlphaPlane(to, plane()); });
+    add(
+        "ColorMix", [](CTarvexDib& to) { return to.ColorMix(0.2F, 0.4F, 0.6F, 0.5F); },
+        [](CTarvexDib& to) { definition::ColorMix(to, 0.2F, 0.4F, 0.6F, 0.5F); });
+    add(
+        "AlphaAlpha", [](CTarvexDib& to) { return to.AlphaAlpha(9); },
+        [](CTarvexDib& to) { definition::AlphaAlpha(to, 9); });
+    add(
+        "resetAlpha", [](CTarvexDib& to) { return to.resetAlpha(); },
+        [](CTarvexDib& to) { definition::AlphaAlpha(to, 255); });
+}
+
+// What changes a picture in place and needs it as it was in every round.
+void AddChange(const std::string& name, const std::function<CTarvexDib&()>& source, int bits,
+               const std::function<bool(CTarvexDib&)>& operation,
+               const std::function<void(CTarvexDib&)>& definition)
+{
+    const auto dib = std::make_shared<CTarvexDib>();
+    const auto agree = [=]
+    {
+        CTarvexDib result = source(), expected = result;
+        definition(expected);
+        return operation(result) && SameBytes(result, expected);
+    };
+    const auto define = [=]
+    {
+        definition(*dib);
+        return true;
+    };
+    const auto restore = [=]
+    {
+        *dib = source();
+        return true;
+    };
+    AddPair(
+        name, kWidth, kHeight, bits, [=] { return operation(*dib); }, define, agree, restore);
+}
+
+void AddChanges()
+{
+    for (const bool opaqueOthers : {false, true})
+        AddChange(
+            opaqueOthers ? "TransparentAlpha, opaque others" : "TransparentAlpha",
+            []() -> CTarvexDib& { return Picture(kWidth, kHeight, 32, kCutOut); }, 32,
+            [=](CTarvexDib& dib) { return dib.TransparentAlpha(kKey[2], kKey[1], kKey[0], opaqueOthers); },
+            [=](CTarvexDib& dib)
+            { definition::TransparentAlpha(dib, kKey[2], kKey[1], kKey[0], opaqueOthers); });
+
+    constexpr int conversions[][2] = {{1, 24}, {4, 24}, {8, 24}, {8, 32}, {16, 32}, {24, 32}};
+    for (const auto [from, to] : conversions)
+    {
+        const bool withAlpha = to == 32;
+        AddChange(
+            "ChangeToTrueColor " + std::to_string(from) + " to " + std::to_string(to),
+            [depth = from]() -> CTarvexDib& { return Picture(kWidth, kHeight, depth); }, to,
+            [=](CTarvexDib& dib) { return dib.ChangeToTrueColor(withAlpha); },
+            [=](CTarvexDib& dib) { definition::ChangeToTrueColor(dib, withAlpha); });
+    }
+}
+
+void AddFiles()
+{
+    const auto source = []() -> CTarvexDib& { return Picture(kWidth, kHeight, 24); };
+    const auto pack = [=](const auto& save)
+    {
+        std::vector<unsigned char> packed(static_cast<std::size_t>(source().GetDibLength()));
+        save(packed);
+        return packed;
+    };
+    using Bytes = std::vector<unsigned char>;
+    const auto save = [=](Bytes& bytes)
+    { return source().Save(bytes.data(), static_cast<int>(bytes.size())); };
+    const auto define = [=](Bytes& bytes) { definition::Save(source(), bytes.data()); };
+
+    AddOperation(
+        "Load from memory 24", kWidth, kHeight, 24,
+        [=, packed = std::make_shared<Bytes>()](CTarvexDib& to)
+        {
+            if (packed->empty())
+                *packed = pack(define);
+            return to.Load(packed->data(), static_cast<int>(packed->size()));
+        },
+        [=, packed = std::make_shared<Bytes>()](CTarvexDib& to)
+        {
+            if (packed->empty())
+                *packed = pack(define);
+            definition::Load(to, packed->data());
+        });
+    const auto buffer = std::make_shared<Bytes>();
+    AddPair(
+        "Save to memory 24", kWidth, kHeight, 24, [=] { return save(*buffer); },
+        [=]
+        {
+            define(*buffer);
+            return true;
+        },
+        [=]
+        {
+            *buffer = pack(save);
+            return *buffer == pack(define);
+        });
+
+    AddOperation(
+        "Load from a file 24", kWidth, kHeight, 24, [](CTarvexDib& to) { return to.Load(BmpFile().c_str()); },
+        [](CTarvexDib& to) { definition::Load(to, BmpFile()); });
+    AddPair(
+        "Save to a file 24", kWidth, kHeight, 24, [=] { return source().Save(ScratchFile().c_str()); },
+        [=]
+        {
+            definition::Save(source(), ScratchFile());
+            return true;
+        },
+        [=]
+        {
+            if (!source().Save(ScratchFile().c_str()))
+                return false;
+            const std::vector<char> saved = FileBytes(ScratchFile());
+            definition::Save(source(), ScratchFile());
+            return saved == FileBytes(ScratchFile());
+        });
+}
+
+} // namespace
+
+CTarvexDib& Picture(int width, int height, int bits, int number)
+{
+    static std::map<std::tuple<int, int, int, int>, CTarvexDib> pictures;
+    const auto [place, isNew] = pictures.try_emplace({width, height, bits, number});
+    CTarvexDib& dib = place->second;
+    if (isNew && bits >= 24 && dib.Create(width, height, bits))
+        Draw(dib, number);
+    else if (isNew)
+        LoadNoise(dib, width, height, bits);
+    return dib;
+}
 
 std::size_t ImageBytes(const CTarvexDib& dib)
 {
     return static_cast<std::size_t>(dib.BytesPerScanLine()) * static_cast<std::size_t>(dib.Height());
 }
 
-CTarvexDib Noise(int width, int height, int bits)
+const std::string& BmpFile()
 {
-    std::mt19937 random(1);
-    CTarvexDib dib;
-    dib.Create(width, height, bits);
-    for (std::size_t i = 0; i < ImageBytes(dib); ++i)
-        dib.GetScanLine(0)[i] = static_cast<unsigned char>(random());
-    return dib;
+    static const std::string path = []
+    {
+        const std::string name = TemporaryFile("zelutil-bench-in.bmp");
+        definition::Save(Picture(kWidth, kHeight, 24), name);
+        return name;
+    }();
+    return path;
 }
 
-CTarvexDib Picture(int bits)
+const std::string& ScratchFile()
 {
-    return Noise(kWidth, kHeight, bits);
+    static const std::string path = TemporaryFile("zelutil-bench-out.bmp");
+    return path;
 }
 
-CTarvexDib OneBitPicture()
+std::string ResizeName(const Scale& scale, int method, int bits)
 {
-    const CTarvexDib noise = Noise(kWidth / 8, kHeight, 8); // the same bytes a row
-    std::vector<unsigned char> packed(static_cast<std::size_t>(noise.GetDibLength()));
-    noise.Save(packed.data(), noise.GetDibLength());
-    packed[4] = kWidth & 255;
-    packed[5] = kWidth >> 8;
-    packed[14] = 1;
-    packed[32] = 0;
-    packed[33] = 1; // the table stays as long as it is
-    CTarvexDib dib;
-    dib.Load(packed.data(), static_cast<int>(packed.size()));
-    return dib;
+    const auto size = [](int width, int height)
+    { return std::to_string(width) + "x" + std::to_string(height); };
+    return "Resize " + WithBits(kMethods[method], bits) + ", " + size(scale.fromWidth, scale.fromHeight) +
+           " to " + size(scale.width, scale.height);
 }
 
-// One operation on pictures that it owns.
-void Add(const std::string& name, int width, int height, std::function<bool()> operation)
+void Add(const std::string& name, int width, int height, const Work& work, const Work& prepare,
+         const Work& restore, const std::string& label)
 {
     const auto run = [=](benchmark::State& state)
     {
-        if (!operation())
-            state.SkipWithError("refused");
+        if (!prepare())
+            return state.SkipWithError("differs from its definition");
+        if (restore)
+            restore();
+        work(); // once before the clock starts, for what it fetches
         for ([[maybe_unused]] auto _ : state)
         {
-            benchmark::DoNotOptimize(operation());
+            if (restore)
+            {
+                state.PauseTiming();
+                restore();
+                state.ResumeTiming();
+            }
+            benchmark::DoNotOptimize(work());
             benchmark::ClobberMemory();
         }
-        const double pixels = static_cast<double>(width) * height;
-        state.counters["Mpx/s"] =
-            benchmark::Counter(pixels * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
+        state.SetItemsProcessed(state.iterations() * width * height);
+        state.SetLabel(label);
     };
     benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMicrosecond);
 }
 
-void AddCopy(const std::string& name, int width, int height, int bits)
-{
-    auto run = [=, from = Noise(width, height, bits), to = Noise(width, height, bits)]()
-    {
-        std::memcpy(to.GetScanLine(0), from.GetScanLine(0), ImageBytes(to));
-        return true;
-    };
-    Add(name, width, height, run);
-}
-
-void AddResizes(const std::string& name, int fromWidth, int fromHeight, int width, int height)
-{
-    const char* const methods[] = {"nearest", "bilinear", "cubic"};
-    for (const int bits : {24, 32})
-    {
-        const std::string suffix = bits == 24 ? "/24" : "/32";
-        for (int method = 0; method < 3; ++method)
-        {
-            CTarvexDib to = Noise(width, height, bits);
-            to.SetupInterpolMethod(static_cast<CTarvexDib::InterpolMethod>(method));
-            Add("Resize " + name + " " + methods[method] + suffix, width, height,
-                [=, from = Noise(fromWidth, fromHeight, bits)]() mutable { return to.Resize(from); });
-        }
-        AddCopy("memcpy " + name + suffix, width, height, bits);
-    }
-}
-
-void AddBlends()
-{
-    for (const int bits : {24, 32})
-    {
-        const std::string suffix = bits == 24 ? "/24" : "/32";
-        const CTarvexDib to = Picture(bits), first = Picture(bits), second = Picture(bits),
-                         quad = Picture(32);
-        Add("AlphaBlendPerPixel" + suffix, kWidth, kHeight,
-            [=] { return to.AlphaBlendPerPixel(&quad, &second); });
-        Add("AlphaBlend" + suffix, kWidth, kHeight, [=] { return to.AlphaBlend(&first, &second, 77); });
-        Add("TransparentBlend" + suffix, kWidth, kHeight,
-            [=] { return to.TransparentBlend(&first, &second, 1, 2, 3); });
-        Add("ShadePerPixel 100" + suffix, kWidth, kHeight,
-            [=] { return to.ShadePerPixel(&first, &second, 100); });
-        Add("ShadePerPixel 50" + suffix, kWidth, kHeight,
-            [=] { return to.ShadePerPixel(&first, &second, 50); });
-        Add("Clone" + suffix, kWidth, kHeight,
-            [=] { return to.Clone(first, 0, 0, kWidth / 2, kHeight / 2); });
-        Add("CopyRect" + suffix, kWidth, kHeight,
-            [=] { return to.CopyRect(0, 0, first, 0, 0, kWidth, kHeight); });
-        AddCopy("memcpy" + suffix, kWidth, kHeight, bits);
-    }
-    const CTarvexDib to = Picture(32), plane = Picture(8);
-    Add("SetAlphaPlane", kWidth, kHeight, [=] { return to.SetAlphaPlane(&plane); });
-    Add("TransparentAlpha", kWidth, kHeight, [=] { return to.TransparentAlpha(1, 2, 3, true); });
-    Add("ColorMix", kWidth, kHeight, [dib = to]() mutable { return dib.ColorMix(0.2F, 0.4F, 0.6F, 0.5F); });
-    Add("AlphaAlpha", kWidth, kHeight, [=] { return to.AlphaAlpha(9); });
-    Add("resetAlpha", kWidth, kHeight, [dib = to]() mutable { return dib.resetAlpha(); });
-}
-
-void AddConversionsAndFiles()
-{
-    // ChangeToTrueColor works in place, so each round starts from a copy; the copy alone stands beside it.
-    const struct
-    {
-        const char* name;
-        CTarvexDib picture;
-        bool withAlpha;
-    } conversions[] = {
-        {"1 to 24", OneBitPicture(), false}, {"8 to 32", Picture(8), true}, {"24 to 32", Picture(24), true}};
-    for (const auto& [name, picture, withAlpha] : conversions)
-    {
-        Add(std::string("copy and ChangeToTrueColor ") + name, kWidth, kHeight,
-            [dib = CTarvexDib(), source = picture, alpha = withAlpha]() mutable
-            {
-                dib = source;
-                return dib.ChangeToTrueColor(alpha);
-            });
-        Add(std::string("copy before ") + name, kWidth, kHeight,
-            [dib = CTarvexDib(), source = picture]() mutable { return (dib = source).BitCount() > 0; });
-    }
-    std::FILE* const file = std::tmpfile();
-    Add("Save to a stream/24", kWidth, kHeight,
-        [file, dib = Picture(24)]
-        {
-            std::rewind(file);
-            return dib.Save(file);
-        });
-    Add("Load from a stream/24", kWidth, kHeight,
-        [file, dib = CTarvexDib()]() mutable
-        {
-            std::rewind(file);
-            return dib.Load(file);
-        });
-}
-
-} // namespace
-
 int main(int argc, char** argv)
 {
+#if defined(__GLIBC__)
+    // Memory that a round gives back serves the next one, so that the system's pages are not what is timed.
+    mallopt(M_MMAP_THRESHOLD, 32 << 20);
+    mallopt(M_TRIM_THRESHOLD, 1 << 30);
+#endif
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
-    AddResizes("640 x 480 to 1920 x 1440", 640, 480, 1920, 1440);
-    AddBlends();
-    AddConversionsAndFiles();
+    AddResizes();
+    for (const int bits : {24, 32})
+    {
+        AddBlends(bits);
+        AddRegions(bits);
+        AddCopy(kWidth, kHeight, bits);
+    }
+    AddAlphas();
+    AddChanges();
+    AddFiles();
     benchmark::RunSpecifiedBenchmarks();
+    std::filesystem::remove(TemporaryFile("zelutil-bench-in.bmp"));
+    std::filesystem::remove(ScratchFile());
 }
