@@ -1,5 +1,5 @@
 // Times the INI reader on a file of 2000 keys in 100 sections: the first parse, lookups by both engines, and
-// the same by another library where there is one.
+// the same by other libraries where there are some.
 
 #include "ZelUtil/INIFileReader.h"
 
@@ -11,6 +11,9 @@
 #include <string>
 #include <vector>
 
+#if defined(HAVE_GLIB)
+#include <glib.h>
+#endif
 #if defined(HAVE_INIPARSER)
 #include <iniparser/iniparser.h>
 #endif
@@ -33,14 +36,14 @@ const std::string& File()
 }
 
 // Every key of the file once, in an order that jumps about.
-std::vector<Request> MakeFile()
+std::vector<Request> MakeFile(char commentMark = ';')
 {
     std::ofstream file(File());
     std::vector<Request> requests;
     for (int section = 0; section < kSections; ++section)
     {
         const std::string sectionName = "section " + std::to_string(section);
-        file << '[' << sectionName << "]\n; a comment\n";
+        file << '[' << sectionName << "]\n" << commentMark << " a comment\n";
         for (int key = 0; key < kKeys; ++key)
         {
             const std::string keyName = "some key " + std::to_string(key);
@@ -92,12 +95,12 @@ void Parse(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * kSections * kKeys);
 }
 
-BENCHMARK(Parse);
-BENCHMARK_CAPTURE(LookUp, indexed, true);
-BENCHMARK_CAPTURE(LookUp, direct, false);
+BENCHMARK(Parse)->Name("INI parse/library");
+BENCHMARK_CAPTURE(LookUp, indexed, true)->Name("INI lookup, indexed/library");
+BENCHMARK_CAPTURE(LookUp, direct, false)->Name("INI lookup, direct/library");
 
 #if defined(HAVE_INIPARSER)
-void PeerParse(benchmark::State& state)
+void IniparserParse(benchmark::State& state)
 {
     MakeFile();
     for ([[maybe_unused]] auto _ : state)
@@ -109,7 +112,7 @@ void PeerParse(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * kSections * kKeys);
 }
 
-void PeerLookUp(benchmark::State& state)
+void IniparserLookUp(benchmark::State& state)
 {
     std::vector<std::string> names;
     const std::vector<Request> requests = MakeFile();
@@ -127,8 +130,47 @@ void PeerLookUp(benchmark::State& state)
     iniparser_freedict(parsed);
 }
 
-BENCHMARK(PeerParse)->Name("Parse/iniparser");
-BENCHMARK(PeerLookUp)->Name("LookUp/iniparser");
+BENCHMARK(IniparserParse)->Name("INI parse/iniparser");
+BENCHMARK(IniparserLookUp)->Name("INI lookup, indexed/iniparser");
+#endif
+
+#if defined(HAVE_GLIB)
+void GLibParse(benchmark::State& state)
+{
+    MakeFile('#');
+    for ([[maybe_unused]] auto _ : state)
+    {
+        GKeyFile* const parsed = g_key_file_new();
+        if (!g_key_file_load_from_file(parsed, File().c_str(), G_KEY_FILE_NONE, nullptr))
+            return state.SkipWithError("not parsed");
+        g_key_file_free(parsed);
+    }
+    state.SetItemsProcessed(state.iterations() * kSections * kKeys);
+}
+
+void GLibLookUp(benchmark::State& state)
+{
+    const std::vector<Request> requests = MakeFile('#');
+    GKeyFile* const parsed = g_key_file_new();
+    g_key_file_load_from_file(parsed, File().c_str(), G_KEY_FILE_NONE, nullptr);
+    const auto lookUp = [parsed](const Request& request)
+    { return g_key_file_get_value(parsed, request.section.c_str(), request.key.c_str(), nullptr); };
+    for (const Request& request : requests)
+    {
+        char* const value = lookUp(request);
+        if (value == nullptr || request.value != value)
+            return state.SkipWithError("wrong value");
+        g_free(value);
+    }
+    std::size_t i = 0;
+    for ([[maybe_unused]] auto _ : state)
+        g_free(lookUp(requests[i++ % requests.size()]));
+    state.SetItemsProcessed(state.iterations());
+    g_key_file_free(parsed);
+}
+
+BENCHMARK(GLibParse)->Name("INI parse/GLib");
+BENCHMARK(GLibLookUp)->Name("INI lookup, indexed/GLib");
 #endif
 
 } // namespace

@@ -1,5 +1,6 @@
 // Times the operations of the image: pixels per second of the picture that is written, beside their
-// definition and a copy of the same bytes. What differs from its definition in a byte is not timed.
+// definition, a copy of the same bytes, and other libraries. What differs from its definition in a byte is
+// not timed.
 
 #include "PixelBench.h"
 
@@ -432,6 +433,22 @@ void Add(const std::string& name, int width, int height, const Work& work, const
     benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMicrosecond);
 }
 
+void AddPeer(const std::string& name, const std::string& peer, int width, int height,
+             const std::function<void()>& work)
+{
+    const auto run = [work]
+    {
+        work();
+        return true;
+    };
+    Add(name + "/" + peer, width, height, run, [] { return true; });
+}
+
+void AddPeer(const std::string& name, const std::string& peer, const std::function<void()>& work)
+{
+    AddPeer(name, peer, kWidth, kHeight, work);
+}
+
 int main(int argc, char** argv)
 {
 #if defined(__GLIBC__)
@@ -452,6 +469,21 @@ int main(int argc, char** argv)
     AddAlphas();
     AddChanges();
     AddFiles();
+#if defined(HAVE_FREEIMAGE)
+    AddFreeImage();
+#endif
+#if defined(HAVE_LIBYUV)
+    AddLibYuv();
+#endif
+#if defined(HAVE_OPENCV)
+    AddOpenCv();
+#endif
+#if defined(HAVE_PIXMAN)
+    AddPixman();
+#endif
+#if defined(HAVE_SDL)
+    AddSdl();
+#endif
     benchmark::RunSpecifiedBenchmarks();
     std::filesystem::remove(TemporaryFile("zelutil-bench-in.bmp"));
     std::filesystem::remove(ScratchFile());

@@ -1,6 +1,6 @@
 #pragma once
 
-// What is timed with: the pictures and the clock.
+// What the timing of the image and that of the other libraries share: the pictures and the clock.
 
 #include "ZelUtil/TarvexDib.h"
 
@@ -42,6 +42,12 @@ constexpr Scale kScales[] = {{640, 480, 1920, 1440},
 
 constexpr const char* kMethods[] = {"nearest", "bilinear", "cubic"}; // in the order of InterpolMethod
 
+// At equal size the cubic methods of other libraries copy, while this one smooths.
+inline bool IsComparable(const Scale& scale, int method)
+{
+    return method < 2 || scale.fromWidth != scale.width;
+}
+
 std::string ResizeName(const Scale& scale, int method, int bits);
 
 using Work = std::function<bool()>;
@@ -51,3 +57,18 @@ using Work = std::function<bool()>;
 // names the copy that the speed is seen beside.
 void Add(const std::string& name, int width, int height, const Work& work, const Work& prepare,
          const Work& restore = nullptr, const std::string& label = "");
+
+// Another library at the operation `name`. It may do other work (round another way, weigh by fewer bits,
+// shade with alpha multiplied in), so its result is not compared.
+void AddPeer(const std::string& name, const std::string& peer, int width, int height,
+             const std::function<void()>& work);
+
+// Those of kWidth by kHeight.
+void AddPeer(const std::string& name, const std::string& peer, const std::function<void()>& work);
+
+// One function for each library; there are those that are installed.
+void AddFreeImage();
+void AddLibYuv();
+void AddOpenCv();
+void AddPixman();
+void AddSdl();
