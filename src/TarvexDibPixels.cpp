@@ -183,9 +183,9 @@ bool CTarvexDib::ShadePerPixel(const CTarvexDib* const first, const CTarvexDib* 
 
     const zel::Kernels& kernels = zel::ActiveKernels();
     const zel::ShadeFactors factors(strength);
-    const bool pays = std::int64_t{m_width} * m_height >= kShadeTablePixels;
-    const std::unique_ptr<zel::ShadeTable> table(pays && strength != 100 ? new (std::nothrow) zel::ShadeTable
-                                                                         : nullptr);
+    const bool isPlain = strength != 100 && kernels.shadeRow == &zel::ShadeRow;
+    const bool pays = isPlain && std::int64_t{m_width} * m_height >= kShadeTablePixels;
+    const std::unique_ptr<zel::ShadeTable> table(pays ? new (std::nothrow) zel::ShadeTable : nullptr);
     if (table != nullptr)
         zel::FillShadeTable(*table, factors);
     for (int row = 0; row < RowsWithPixels(*this); ++row)
@@ -198,7 +198,8 @@ bool CTarvexDib::ShadePerPixel(const CTarvexDib* const first, const CTarvexDib* 
             zel::ShadeRowByTable(to, m_pixelSize, s1, first->m_pixelSize, s2, second->m_pixelSize, *table,
                                  m_width);
         else
-            zel::ShadeRow(to, m_pixelSize, s1, first->m_pixelSize, s2, second->m_pixelSize, factors, m_width);
+            kernels.shadeRow(to, m_pixelSize, s1, first->m_pixelSize, s2, second->m_pixelSize, factors,
+                             m_width);
     }
     return true;
 }

@@ -3,6 +3,7 @@
 #include "Pictures.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 
 using namespace test;
 
@@ -44,6 +45,8 @@ struct Rows
 TEST(Kernels, VariantsWriteWhatThePlainRowsWrite)
 {
     const zel::Kernels& plain = zel::kPlainKernels;
+    const zel::ShadeFactors shades[] = {zel::ShadeFactors(50), zel::ShadeFactors(-80), zel::ShadeFactors(900),
+                                        zel::ShadeFactors(-100)};
     for (const zel::Kernels* const variant : Variants())
         for (int round = 0; round < 6000; ++round)
         {
@@ -61,7 +64,7 @@ TEST(Kernels, VariantsWriteWhatThePlainRowsWrite)
             {
                 Bytes target = rows.target, first = rows.first, second = rows.second;
                 unsigned char* const to = target.data() + at;
-                const bool isSource = operation < 4 && steps[0] == (operation == 0 ? 4 : steps[1]);
+                const bool isSource = operation < 5 && steps[0] == (operation == 0 ? 4 : steps[1]);
                 const unsigned char* const s1 = overFirst && isSource ? to : first.data() + at / 2;
                 const unsigned char* const s2 = inPlace && steps[0] == steps[2] ? to : second.data() + at / 3;
                 switch (operation)
@@ -79,19 +82,22 @@ TEST(Kernels, VariantsWriteWhatThePlainRowsWrite)
                     kernels.multiplyRow(to, steps[0], s1, steps[1], s2, steps[2], count);
                     break;
                 case 4:
-                    kernels.setAlphaRow(to, s1, count);
+                    kernels.shadeRow(to, steps[0], s1, steps[1], s2, steps[2], shades[round % 4], count);
                     break;
                 case 5:
-                    kernels.fillAlphaRow(to, byte, count);
+                    kernels.setAlphaRow(to, s1, count);
                     break;
                 case 6:
+                    kernels.fillAlphaRow(to, byte, count);
+                    break;
+                case 7:
                     kernels.keyAlphaRow(to, static_cast<std::uint32_t>(key[0] | key[2] << 16), round % 2 == 0,
                                         count);
                     break;
-                case 7:
+                case 8:
                     kernels.expandTripleRow(to, s1, count);
                     break;
-                case 8:
+                case 9:
                     kernels.copyColorsRow(to, steps[0], s1, count);
                     break;
                 default:
@@ -99,11 +105,50 @@ TEST(Kernels, VariantsWriteWhatThePlainRowsWrite)
                 }
                 return target;
             };
-            for (int operation = 0; operation < 10; ++operation)
+            for (int operation = 0; operation < 11; ++operation)
                 ASSERT_EQ(run(operation, *variant), run(operation, plain))
                     << "operation " << operation << ", " << count << " pixels at " << at << ", steps "
                     << steps[0] << steps[1] << steps[2] << (inPlace ? ", in place" : "");
         }
+}
+
+TEST(Kernels, EveryPairOfBytesIsShadedTheSame)
+{
+    constexpr int kCount = 65536 / 3 + 10; // so that vectors reach all pairs
+    Bytes first(3 * kCount), second(3 * kCount);
+    for (std::size_t i = 0; i < first.size(); ++i)
+    {
+        first[i] = static_cast<unsigned char>(i);
+        second[i] = static_cast<unsigned char>(i >> 8);
+    }
+    std::vector<int> strengths = {std::numeric_limits<int>::min(),
+                                  std::numeric_limits<int>::max(),
+                                  -100000,
+                                  100000,
+                                  12800,
+                                  -12800,
+                                  1000,
+                                  -1000};
+    for (int strength = -120; strength <= 400; strength += 4)
+        strengths.push_back(strength);
+    for (int distance = 1; distance <= 30; ++distance) // where results are largest
+        strengths.insert(strengths.end(), {-100 - distance, -100 + distance});
+    const auto table = std::make_unique<zel::ShadeTable>();
+    for (const int strength : strengths)
+    {
+        const zel::ShadeFactors factors(strength);
+        Bytes expected(first.size()), actual(first.size());
+        zel::ShadeRow(expected.data(), 3, first.data(), 3, second.data(), 3, factors, kCount);
+        zel::FillShadeTable(*table, factors);
+        zel::ShadeRowByTable(actual.data(), 3, first.data(), 3, second.data(), 3, *table, kCount);
+        ASSERT_EQ(actual, expected) << strength;
+        for (const zel::Kernels* const variant : Variants())
+        {
+            std::fill(actual.begin(), actual.end(), static_cast<unsigned char>(1));
+            variant->shadeRow(actual.data(), 3, first.data(), 3, second.data(), 3, factors, kCount);
+            ASSERT_EQ(actual, expected) << strength;
+        }
+    }
 }
 
 TEST(Kernels, VariantsFilterAndAddTheSame)

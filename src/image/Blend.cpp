@@ -58,11 +58,8 @@ void KeyRow(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step
     }
 }
 
-ShadeFactors::ShadeFactors(int strength)
+ShadeFactors::ShadeFactors(int strength) : k(strength * 7.8125e-5), f(1.0 / (strength * 0.01 + 1.0))
 {
-    const double s = strength;
-    const double k = s * 7.8125e-5;
-    const double f = 1.0 / (s * 0.01 + 1.0);
     for (int value = 0; value < 256; ++value)
     {
         shading[value] = (value - 128.0) * k + 1.0;

@@ -126,6 +126,8 @@ struct ShadeFactors
 {
     explicit ShadeFactors(int strength);
 
+    double k;
+    double f;            ///< infinite for a strength of -100
     double shading[256]; ///< (s1 - 128.0) * k + 1.0
     double shaded[256];  ///< s2 * f
 };
@@ -200,6 +202,7 @@ struct Kernels
     decltype(&BlendRowByAlpha) blendRowByAlpha;
     decltype(&BlendRow) blendRow;
     decltype(&KeyRow) keyRow;
+    decltype(&ShadeRow) shadeRow;
     decltype(&MultiplyRow) multiplyRow;
     decltype(&SetAlphaRow) setAlphaRow;
     decltype(&FillAlphaRow) fillAlphaRow;

@@ -1,3 +1,4 @@
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <immintrin.h>
@@ -279,6 +280,77 @@ inline void StoreRounded(unsigned char* bytes, const Doubles& sum, int channels)
 namespace zel
 {
 
-constinit const Kernels kAvx2Kernels = VectorKernels<Vector>();
+namespace
+{
+
+/// Takes each byte, and gives each product rounded down, as 2^52 plus itself: a double whose lower word it
+/// is.
+__m256 ShadedWords(__m256i s1, __m256i s2, __m256d k, __m256d f)
+{
+    const __m256d base = _mm256_set1_pd(0x1p52), one = _mm256_set1_pd(1.0);
+    const __m256d centred = _mm256_sub_pd(_mm256_castsi256_pd(s1), _mm256_set1_pd(0x1p52 + 128.0));
+    const __m256d shading = _mm256_add_pd(_mm256_mul_pd(centred, k), one);
+    const __m256d shaded = _mm256_mul_pd(_mm256_sub_pd(_mm256_castsi256_pd(s2), base), f);
+    const __m256d whole = _mm256_floor_pd(_mm256_mul_pd(shading, shaded));
+    return _mm256_castpd_ps(_mm256_add_pd(whole, base));
+}
+
+/// The pairs of bytes that `part` selects, shaded, as integers.
+__m256i ShadedPart(__m256i s1, __m256i s2, __m256i part, __m256d k, __m256d f)
+{
+    const __m256i upper = _mm256_set1_epi32(0x43300000); // of 2^52
+    const __m256i a = _mm256_shuffle_epi8(s1, part), b = _mm256_shuffle_epi8(s2, part);
+    const __m256 low = ShadedWords(_mm256_unpacklo_epi32(a, upper), _mm256_unpacklo_epi32(b, upper), k, f);
+    const __m256 high = ShadedWords(_mm256_unpackhi_epi32(a, upper), _mm256_unpackhi_epi32(b, upper), k, f);
+    return _mm256_castps_si256(_mm256_shuffle_ps(low, high, 0x88));
+}
+
+/// For ShadedPart: of each sixteen bytes these four.
+__m256i Part(int first, int second, int third, int fourth)
+{
+    const int unused = static_cast<int>(0x80808000);
+    return _mm256_broadcastsi128_si256(
+        _mm_setr_epi32(unused | first, unused | second, unused | third, unused | fourth));
+}
+
+/// Calculates in doubles, step by step as ShadeFactors and ShadeRow do, and so every byte is the same. Where
+/// f is finite, products lie within 2^17 of 0. Added to 2^52, one that is rounded down is the lower word of
+/// the sum, a negative one twice itself, and packing confines it to a byte.
+void ShadeRowInDoubles(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
+                       const unsigned char* s2, int s2Step, const ShadeFactors& factors, int count)
+{
+    const __m256d k = _mm256_set1_pd(factors.k), f = _mm256_set1_pd(factors.f);
+    const auto confined = [](__m256i a, __m256i b, __m256i c, __m256i d)
+    { return _mm256_packus_epi16(_mm256_packs_epi32(a, b), _mm256_packs_epi32(c, d)); };
+
+    const auto bytes = [=](Vector a, Vector b) -> Vector
+    {
+        return {confined(ShadedPart(a.v, b.v, Part(0, 1, 2, 3), k, f),
+                         ShadedPart(a.v, b.v, Part(4, 5, 6, 7), k, f),
+                         ShadedPart(a.v, b.v, Part(8, 9, 10, 11), k, f),
+                         ShadedPart(a.v, b.v, Part(12, 13, 14, 15), k, f))};
+    };
+    const auto colors = [=](Vector a, Vector b) -> Vector
+    {
+        const __m256i last = ShadedPart(a.v, b.v, Part(10, 12, 13, 14), k, f);
+        const __m256i close = confined(ShadedPart(a.v, b.v, Part(0, 1, 2, 4), k, f),
+                                       ShadedPart(a.v, b.v, Part(5, 6, 8, 9), k, f), last, last);
+        const __m128i spread = _mm_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1);
+        return {_mm256_shuffle_epi8(close, _mm256_broadcastsi128_si256(spread))};
+    };
+
+    using Rows = VectorRows<Vector>;
+    int done = 0;
+    if (std::isfinite(factors.f))
+        done = dstStep == 3 && s1Step == 3 && s2Step == 3
+                   ? Rows::ByBytes(dst, dstStep, s1, s1Step, s2, s2Step, count, bytes)
+                   : Rows::ByPixels(dst, dstStep, s1, s1Step, s2, s2Step, count, colors);
+    ShadeRow(dst + dstStep * done, dstStep, s1 + s1Step * done, s1Step, s2 + s2Step * done, s2Step, factors,
+             count - done);
+}
+
+} // namespace
+
+constinit const Kernels kAvx2Kernels = VectorKernels<Vector>(ShadeRowInDoubles);
 
 } // namespace zel

@@ -216,6 +216,6 @@ inline void StoreRounded(unsigned char* bytes, const Doubles& sum, int channels)
 namespace zel
 {
 
-constinit const Kernels kSse2Kernels = VectorKernels<Vector>();
+constinit const Kernels kSse2Kernels = VectorKernels<Vector>(ShadeRow);
 
 } // namespace zel

@@ -197,23 +197,6 @@ struct VectorRows
         ExpandTripleRow(dst + 4 * done, src + 3 * done, count - done);
     }
 
-private:
-    static constexpr int kBehind = 2; // pixels of 3 bytes that loading a vector of them touches besides
-
-    template <int kTaps>
-    static void FilterPixels(float* out, const unsigned char* src, const FilterTap* columns, int count,
-                             int channels)
-    {
-        for (int i = 0; i < count; ++i, out += channels)
-        {
-            const FilterTap& tap = columns[i];
-            Floats sum = PixelAsFloats(src + tap.offset[0]) * tap.weight[0];
-            for (int k = 1; k < kTaps; ++k)
-                sum += PixelAsFloats(src + tap.offset[k]) * tap.weight[k];
-            StoreFloats(out, sum);
-        }
-    }
-
     /// Colours of dst = combination(s1, s2) for whole vectors of pixels. Gives how many.
     template <typename Combination>
     static int ByPixels(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
@@ -247,15 +230,33 @@ private:
                 Store(dst + i, combination(Load<Vector>(s1 + i), Load<Vector>(s2 + i)));
         return done;
     }
+
+private:
+    static constexpr int kBehind = 2; // pixels of 3 bytes that loading a vector of them touches besides
+
+    template <int kTaps>
+    static void FilterPixels(float* out, const unsigned char* src, const FilterTap* columns, int count,
+                             int channels)
+    {
+        for (int i = 0; i < count; ++i, out += channels)
+        {
+            const FilterTap& tap = columns[i];
+            Floats sum = PixelAsFloats(src + tap.offset[0]) * tap.weight[0];
+            for (int k = 1; k < kTaps; ++k)
+                sum += PixelAsFloats(src + tap.offset[k]) * tap.weight[k];
+            StoreFloats(out, sum);
+        }
+    }
 };
 
 template <typename Vector>
-constexpr Kernels VectorKernels()
+constexpr Kernels VectorKernels(decltype(&ShadeRow) shadeRow)
 {
     using Rows = VectorRows<Vector>;
-    return {Rows::Filter,       Rows::Add,      Rows::Cubic, Rows::Pair,         AddPairRowsInWords,
-            Rows::BlendByAlpha, Rows::Blend,    Rows::Key,   Rows::Multiply,     Rows::SetAlpha,
-            Rows::FillAlpha,    Rows::KeyAlpha, Rows::Mix,   Rows::ExpandTriple, Rows::CopyColors};
+    return {Rows::Filter,       Rows::Add,          Rows::Cubic,        Rows::Pair,
+            AddPairRowsInWords, Rows::BlendByAlpha, Rows::Blend,        Rows::Key,
+            shadeRow,           Rows::Multiply,     Rows::SetAlpha,     Rows::FillAlpha,
+            Rows::KeyAlpha,     Rows::Mix,          Rows::ExpandTriple, Rows::CopyColors};
 }
 
 } // namespace
