@@ -2,6 +2,7 @@
 
 #include "Pictures.h"
 
+#include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
 
@@ -57,12 +58,19 @@ TEST(Kernels, VariantsWriteWhatThePlainRowsWrite)
             const unsigned char key[3] = {static_cast<unsigned char>(255 * RandomInt(0, 1)), 0,
                                           static_cast<unsigned char>(255 * RandomInt(0, 1))};
             const int color[3] = {RandomInt(0, 255), RandomInt(0, 255), RandomInt(0, 255)};
+            const int behind = RandomInt(0, 1) == 0 ? 0 : Rows::kGuard; // nothing, for the sanitizer to watch
             const Rows rows(count);
             const bool inPlace = RandomInt(0, 2) == 0, overFirst = !inPlace && RandomInt(0, 1) == 0;
 
             const auto run = [&](int operation, const zel::Kernels& kernels)
             {
-                Bytes target = rows.target, first = rows.first, second = rows.second;
+                const int toStep = operation < 5 || operation == 9 ? steps[0] : 4;
+                const int fromSteps[] = {4, steps[1], steps[1], steps[1], steps[1], 1, 0, 0, 3, 4, 0};
+                const auto part = [&](const Bytes& bytes, int offset, int step)
+                { return Bytes(bytes.begin(), bytes.begin() + offset + step * count + behind); };
+                Bytes target = part(rows.target, at, toStep);
+                const Bytes first = part(rows.first, at / 2, fromSteps[operation]);
+                const Bytes second = part(rows.second, at / 3, steps[2]);
                 unsigned char* const to = target.data() + at;
                 const bool isSource = operation < 5 && steps[0] == (operation == 0 ? 4 : steps[1]);
                 const unsigned char* const s1 = overFirst && isSource ? to : first.data() + at / 2;
@@ -110,6 +118,51 @@ TEST(Kernels, VariantsWriteWhatThePlainRowsWrite)
                     << "operation " << operation << ", " << count << " pixels at " << at << ", steps "
                     << steps[0] << steps[1] << steps[2] << (inPlace ? ", in place" : "");
         }
+}
+
+TEST(Kernels, RowsEndWithTheirLastPixels)
+{
+    std::uint32_t pixels[256];
+    for (std::uint32_t& pixel : pixels)
+        pixel = static_cast<std::uint32_t>(Random()());
+    for (int round = 0; round < 1200; ++round)
+    {
+        const int count = 1 + round % 40, step = RandomInt(3, 4), channels = RandomInt(3, step);
+        const auto bytes = static_cast<std::size_t>(step * count);
+        Bytes row(bytes), expected(bytes); // with nothing behind them, like their sources
+        for (const int bits : {1, 4, 8})
+        {
+            const Bytes indices = RandomBytes(static_cast<std::size_t>((count * bits + 7) / 8));
+            for (int x = 0; x < count; ++x)
+            {
+                const int byte = indices[static_cast<std::size_t>(x * bits / 8)];
+                const int index = byte >> (8 - bits - x * bits % 8) & ((1 << bits) - 1);
+                std::memcpy(&expected[static_cast<std::size_t>(step * x)], &pixels[index],
+                            static_cast<std::size_t>(step));
+            }
+            zel::ExpandIndexRow(row.data(), step, indices.data(), bits, pixels, count);
+            ASSERT_EQ(row, expected) << count << " indices of " << bits << " bits";
+        }
+
+        const Bytes words = RandomBytes(2 * static_cast<std::size_t>(count));
+        for (int x = 0; x < count; ++x)
+            zel::ExpandWordRow(expected.data() + step * x, step, words.data() + 2 * x, 1);
+        zel::ExpandWordRow(row.data(), step, words.data(), count);
+        ASSERT_EQ(row, expected) << count << " words";
+
+        const Bytes source = RandomBytes(static_cast<std::size_t>(channels * RandomInt(1, 60)));
+        const int last = static_cast<int>(source.size()) / channels - 1;
+        std::vector<int> offsets(static_cast<std::size_t>(count));
+        for (int& offset : offsets)
+            offset = RandomInt(0, last) * channels;
+        offsets.back() = last * channels;
+        std::sort(offsets.begin(), offsets.end());
+        for (int x = 0; x < count; ++x)
+            std::copy_n(source.data() + offsets[static_cast<std::size_t>(x)], channels,
+                        expected.data() + step * x);
+        zel::GatherRow(row.data(), step, source.data(), offsets.data(), count, channels);
+        ASSERT_EQ(row, expected) << count << " offsets";
+    }
 }
 
 TEST(Kernels, EveryPairOfBytesIsShadedTheSame)
