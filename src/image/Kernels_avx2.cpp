@@ -1,4 +1,3 @@
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <immintrin.h>
@@ -341,7 +340,7 @@ void ShadeRowInDoubles(unsigned char* dst, int dstStep, const unsigned char* s1,
 
     using Rows = VectorRows<Vector>;
     int done = 0;
-    if (std::isfinite(factors.f))
+    if (__builtin_isfinite(factors.f))
         done = dstStep == 3 && s1Step == 3 && s2Step == 3
                    ? Rows::ByBytes(dst, dstStep, s1, s1Step, s2, s2Step, count, bytes)
                    : Rows::ByPixels(dst, dstStep, s1, s1Step, s2, s2Step, count, colors);
