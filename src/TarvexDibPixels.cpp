@@ -57,6 +57,7 @@ struct PixelSource
     std::int64_t rowBytes;
     int width;
     int height;
+    bool isApart; // shares no pixel with the target
 };
 
 bool CopyRegion(const CTarvexDib& to, int destX, int destY, const PixelSource& from, int srcX, int srcY,
@@ -76,8 +77,10 @@ bool CopyRegion(const CTarvexDib& to, int destX, int destY, const PixelSource& f
 
     const int rows = std::min(rowEnd - srcY, to.Height() - destY);
     const std::int64_t bytes = static_cast<std::int64_t>(count) * to.PixelSize();
-    for (int row = 0; row < rows; ++row)
+    for (int i = 0; i < rows; ++i)
     {
+        // From the top row down where they may overlap, else in the order of memory.
+        const int row = from.isApart ? rows - 1 - i : i;
         const std::int64_t storedRow = from.height - 1 - (srcY + row);
         const unsigned char* source =
             from.bottomRow + (storedRow * from.rowBytes + static_cast<std::int64_t>(srcX) * to.PixelSize());
@@ -290,7 +293,7 @@ bool CTarvexDib::CopyRect(int destX, int destY, const CTarvexDib& src, int srcX,
     if (&src == this || src.BitCount() < 24 || BitCount() != src.BitCount())
         return false;
 
-    const PixelSource from = {src.m_bits, src.m_scanLineBytes, src.m_width, src.m_height};
+    const PixelSource from = {src.m_bits, src.m_scanLineBytes, src.m_width, src.m_height, true};
     return CopyRegion(*this, destX, destY, from, srcX, srcY, columns, srcRowEnd);
 }
 
@@ -301,7 +304,8 @@ bool CTarvexDib::CopyRect(int destX, int destY, unsigned char* const pixels, int
     if (bitCount < 24 || BitCount() != bitCount)
         return false;
 
-    const PixelSource from = {pixels, std::int64_t{m_pixelSize} * pixelsWidth, pixelsWidth, pixelsHeight};
+    const PixelSource from = {pixels, std::int64_t{m_pixelSize} * pixelsWidth, pixelsWidth, pixelsHeight,
+                              false};
     return CopyRegion(*this, destX, destY, from, srcX, srcY, columns, srcRowEnd);
 }
 
