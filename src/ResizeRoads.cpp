@@ -65,24 +65,31 @@ void ExactPixels(unsigned char* dst, int dstStep, const CTarvexDib& from, const 
     ActiveKernels().cubicPixels(dst, dstStep, rows, row.weight, columns, list, count, within, channels);
 }
 
-// Columns with a byte that is marked. Gives how many.
-int MarkedColumns(int* list, const unsigned char* marks, int columns, int channels)
+// Columns with a byte that is marked by 1. Gives how many. The seven marks that follow may be overwritten.
+int MarkedColumns(int* list, unsigned char* marks, int columns, int channels)
 {
-    const unsigned char* const end = marks + std::ptrdiff_t{channels} * columns;
-    int count = 0;
-    for (const unsigned char* at = marks; at < end;)
+    const int bytes = channels * columns;
+    std::memset(marks + bytes, 0, 7);
+    int count = 0, last = -1;
+    for (int at = 0; at < bytes; at += 8)
     {
-        at = static_cast<const unsigned char*>(std::memchr(at, 1, static_cast<std::size_t>(end - at)));
-        if (at == nullptr)
-            break;
-        list[count] = static_cast<int>((at - marks) / channels);
-        at = marks + std::ptrdiff_t{channels} * (list[count++] + 1);
+        std::uint64_t eight;
+        std::memcpy(&eight, marks + at, sizeof eight);
+        for (; eight != 0; eight &= eight - 1)
+        {
+            const int byte = at + std::countr_zero(eight) / 8;
+            const int column = channels == 3 ? byte / 3 : byte / 4;
+            list[count] = column;
+            count += column != last;
+            last = column;
+        }
     }
     return count;
 }
 
 // How many columns, from the left, read no byte behind the row when each pixel is read as four bytes.
-int ColumnsWithinRow(const FilterTap* columns, int taps, int count, int rowBytes)
+template <typename Tap>
+int ColumnsWithinRow(const Tap* columns, int taps, int count, int rowBytes)
 {
     while (count > 0 && columns[count - 1].offset[taps - 1] + 4 > rowBytes)
         --count;
@@ -109,8 +116,8 @@ void ResizeBySums(const CTarvexDib& to, const CTarvexDib& from, double stepX, do
     const auto positions = ColumnTable(height, [&](int row) { return row == 0 ? y : y += stepY; });
     constexpr std::size_t kStripFloats = 4 * kStripColumns + 1; // one to be written over
     const auto filtered = std::make_unique_for_overwrite<float[]>(4 * kStripFloats);
-    unsigned char sums[4 * kStripColumns], undecided[4 * kStripColumns];
-    int list[kStripColumns];
+    unsigned char sums[4 * kStripColumns], undecided[4 * kStripColumns + 7];
+    int list[kStripColumns + 1];
 
     const int within = ColumnsWithinRow(filterColumns.get(), taps, width, from.PixelSize() * from.Width());
     const Kernels& kernels = ActiveKernels();
@@ -240,6 +247,46 @@ void ResizeByWholeWeights(const CTarvexDib& to, const CTarvexDib& from, const Wh
     }
 }
 
+// Cubic where both steps are whole numbers, `wholeX` and `wholeY`: sums of nine pixels, whole numbers
+// over 36. A sum that is not on the border between two bytes keeps off it by 1 / 36, more than the doubles
+// err by. One on the border is theirs, like the pixels at both ends of a row, which have no neighbours to
+// read.
+void ResizeBySixths(const CTarvexDib& to, const CTarvexDib& from, int wholeX, int wholeY, int channels)
+{
+    const int width = to.Width(), pixelSize = from.PixelSize(), step = wholeX * pixelSize;
+    const auto columns = ColumnTable(
+        width, [&](int i) { return MakeCubicTap(i * static_cast<double>(wholeX), from.Width(), pixelSize); });
+    const int within = ColumnsWithinRow(columns.get(), 4, width, pixelSize * from.Width());
+    const int stripColumns = std::min(kStripColumns, (kSixthsBytes - 2 * pixelSize) / step);
+    unsigned char sums[4 * kStripColumns], undecided[4 * kStripColumns + 7];
+    int list[kStripColumns + 1];
+
+    const Kernels& kernels = ActiveKernels();
+    const bool direct = channels == to.PixelSize();
+    for (int row = to.Height() - 1; row >= 0; --row)
+    {
+        const CubicTap rowTap = MakeCubicTap(row * static_cast<double>(wholeY), from.Height(), 1);
+        const int ends[] = {0, width - 1};
+        ExactPixels(to.GetPixelFast(0, row), to.PixelSize(), from, columns.get(), rowTap, ends, 2, within,
+                    channels);
+        for (int begin = 1; begin < width - 1; begin += stripColumns)
+        {
+            const int count = std::min(width - 1 - begin, stripColumns);
+            const int left = begin * wholeX - 1;
+            const unsigned char* const rows[3] = {from.GetPixelFast(left, rowTap.offset[0]),
+                                                  from.GetPixelFast(left, rowTap.offset[1]),
+                                                  from.GetPixelFast(left, rowTap.offset[2])};
+            unsigned char* const dst = to.GetPixelFast(begin, row);
+            kernels.sixthsRow(direct ? dst : sums, undecided, rows, step, pixelSize, count, channels);
+            if (!direct)
+                SpreadTriples(dst, sums, count);
+            const int marked = MarkedColumns(list, undecided, count, channels);
+            ExactPixels(dst, to.PixelSize(), from, columns.get() + begin, rowTap, list, marked,
+                        within - begin, channels);
+        }
+    }
+}
+
 bool AreNeighbours(const int* offsets, int count, int step)
 {
     for (int i = 1; i < count; ++i)
@@ -304,6 +351,10 @@ void ResizeLinear(const CTarvexDib& to, const CTarvexDib& from, double stepX, do
 
 void ResizeCubic(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels)
 {
+    constexpr int kLargestWhole = 16; // beyond, most of the pixels that SixthsRow adds up would go unused
+    const WholeSteps x(to.Width(), from.Width()), y(to.Height(), from.Height());
+    if (x.denominator == 1 && y.denominator == 1 && x.numerator <= kLargestWhole)
+        return ResizeBySixths(to, from, x.numerator, y.numerator, channels);
     ResizeBySums(to, from, stepX, stepY, channels, 4, MakeCubicTap);
 }
 

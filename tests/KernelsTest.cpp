@@ -317,12 +317,43 @@ TEST(Kernels, VariantsSumPairsAndCubicPixelsTheSame)
         }
 }
 
+TEST(Kernels, SixthsAreRoundedAndTheirBordersMarked)
+{
+    std::vector<const zel::Kernels*> all = Variants();
+    all.push_back(&zel::kPlainKernels);
+    for (const zel::Kernels* const kernels : all)
+        for (int round = 0; round < 2000; ++round)
+        {
+            const int pixelSize = RandomInt(3, 4), channels = RandomInt(3, pixelSize);
+            const int step = pixelSize * RandomInt(1, 16), count = 1 + round % 63;
+            const auto bytes = static_cast<std::size_t>(step * (count - 1) + 3 * pixelSize);
+            const Bytes source[3] = {RandomBytes(bytes), RandomBytes(bytes), RandomBytes(bytes)};
+            const unsigned char* const rows[3] = {source[0].data(), source[1].data(), source[2].data()};
+            const auto sums = static_cast<std::size_t>(channels * count);
+            Bytes out(sums), undecided(sums), quotients, borders;
+            for (int i = 0; i < count; ++i)
+                for (int c = 0; c < channels; ++c)
+                {
+                    int sum = 0;
+                    for (int j = 0; j < 3; ++j)
+                        for (int k = 0; k < 3; ++k)
+                            sum +=
+                                rows[j][i * step + k * pixelSize + c] * (j == 1 ? 4 : 1) * (k == 1 ? 4 : 1);
+                    quotients.push_back(static_cast<unsigned char>((sum + 18) / 36));
+                    borders.push_back(sum % 36 == 18);
+                }
+            kernels->sixthsRow(out.data(), undecided.data(), rows, step, pixelSize, count, channels);
+            ASSERT_EQ(out, quotients) << count << " columns of " << pixelSize << " bytes, by " << step;
+            ASSERT_EQ(undecided, borders) << count << " columns of " << pixelSize << " bytes, by " << step;
+        }
+}
+
 TEST(Kernels, SmallDivisorsDivideEveryNumber)
 {
     for (int divisor = 2; divisor <= 127; ++divisor)
     {
         const zel::SmallDivisor small(divisor);
-        for (int number = 0; 2 * number < 511 * divisor; ++number)
+        for (int number = 0; 2 * number <= 511 * divisor; ++number)
             ASSERT_EQ(number * small.multiplier >> 16 >> small.shift, number / divisor) << number;
     }
 }

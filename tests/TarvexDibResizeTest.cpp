@@ -128,9 +128,10 @@ TEST(TarvexDibResize, ValuesWorkedOutByHand)
 TEST(TarvexDibResize, EqualsTheDefinitionEverywhere)
 {
     std::vector<std::pair<int, int>> scales = {
-        {1, 1},    {1, 40}, {40, 1},  {2, 5},  {2, 2},   {3, 3},     {15, 22},   {15, 26},  {34, 28},
-        {7, 7},    {8, 16}, {8, 24},  {8, 4},  {16, 4},  {5, 40},    {6, 36},    {7, 35},   {12, 8},
-        {2, 1024}, {9, 12}, {10, 14}, {6, 10}, {16, 22}, {130, 390}, {300, 800}, {410, 900}};
+        {1, 1},     {1, 40},    {40, 1},    {2, 5},      {2, 2},   {3, 3},   {15, 22}, {15, 26},
+        {34, 28},   {7, 7},     {8, 16},    {8, 24},     {8, 4},   {16, 4},  {5, 40},  {6, 36},
+        {7, 35},    {12, 8},    {2, 1024},  {9, 12},     {10, 14}, {6, 10},  {16, 22}, {130, 390},
+        {300, 800}, {410, 900}, {400, 400}, {1200, 300}, {64, 4},  {102, 6}, {33, 11}};
     for (int i = 0; i < 60; ++i)
         scales.emplace_back(RandomInt(1, 40), RandomInt(1, 40));
     for (const auto& [from, to] : scales)
@@ -144,7 +145,8 @@ TEST(TarvexDibResize, EqualsTheDefinitionEverywhere)
                     byte = static_cast<unsigned char>(to % 3 == 1 ? 6 * i : byte & 1 ? 255 : 0);
                 }
                 const int likewise = std::max(source.Height() * to / from, 1); // often by the same factor
-                const int height = RandomInt(0, 1) == 0 ? RandomInt(1, 20) : likewise;
+                const int heights[] = {RandomInt(1, 20), likewise, source.Height()};
+                const int height = heights[RandomInt(0, 2)];
                 CTarvexDib dib = RandomPicture(to, std::min(height, 40), mix & 2 ? 24 : 32);
                 dib.SetupInterpolMethod(static_cast<Method>(method));
                 const Bytes expected = Resized(dib, source, method);

@@ -5,10 +5,10 @@
 namespace zel
 {
 
-constinit const Kernels kPlainKernels = {FilterRow,   AddRows,         CubicPixels,     PairRow,
-                                         AddPairRows, BlendRowByAlpha, BlendRow,        KeyRow,
-                                         ShadeRow,    MultiplyRow,     SetAlphaRow,     FillAlphaRow,
-                                         KeyAlphaRow, MixRow,          ExpandTripleRow, CopyColorsRow};
+constinit const Kernels kPlainKernels = {
+    FilterRow,       AddRows,     CubicPixels, PairRow,         AddPairRows,  SixthsRow,
+    BlendRowByAlpha, BlendRow,    KeyRow,      ShadeRow,        MultiplyRow,  SetAlphaRow,
+    FillAlphaRow,    KeyAlphaRow, MixRow,      ExpandTripleRow, CopyColorsRow};
 
 namespace
 {

@@ -76,7 +76,7 @@ struct PairColumns
 void PairRow(std::uint16_t* out, const unsigned char* src, const PairColumns& columns, int count,
              int channels);
 
-/// A division of 16-bit numbers below 255.5 times the divisor, 2 to 127, as a product: the quotient is
+/// A division of 16-bit numbers up to 255.5 times the divisor, 2 to 127, as a product: the quotient is
 /// number * multiplier / 2^(16 + shift). With the largest shift that leaves the multiplier 16 bits, the
 /// multiplier is too large by less than 1, and the product over its divisor by less than 255.5 * divisor /
 /// 2^(16 + shift) < 1 / divisor, which reaches no further quotient.
@@ -92,6 +92,16 @@ struct SmallDivisor
 /// Two such rows under two weights more, divided and rounded.
 void AddPairRows(unsigned char* out, const std::uint16_t* upper, const std::uint16_t* lower, int upperWeight,
                  int lowerWeight, const SmallDivisor& divisor, std::ptrdiff_t count);
+
+/// Most bytes of a source row that SixthsRow reads at a time.
+constexpr int kSixthsBytes = 4096;
+
+/// Each pixel as the sum of three in three rows, under (1, 4, 1) / 6 across and down, rounded to bytes; and 1
+/// where the sum lies on the border between two bytes, else 0. The first pixel's neighbourhood starts where
+/// the rows do, that of the next `step` bytes behind; a neighbour is `pixelSize` bytes away. Up to
+/// kSixthsBytes of each row are read.
+void SixthsRow(unsigned char* out, unsigned char* undecided, const unsigned char* const (&rows)[3], int step,
+               int pixelSize, int count, int channels);
 
 /// Sum of four source rows of four taps each, under the products of their weights.
 void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
@@ -199,6 +209,7 @@ struct Kernels
     decltype(&CubicPixels) cubicPixels;
     decltype(&PairRow) pairRow;
     decltype(&AddPairRows) addPairRows;
+    decltype(&SixthsRow) sixthsRow;
     decltype(&BlendRowByAlpha) blendRowByAlpha;
     decltype(&BlendRow) blendRow;
     decltype(&KeyRow) keyRow;

@@ -269,7 +269,7 @@ inline void StoreRounded(unsigned char* bytes, const Doubles& sum, int channels)
     const __m128i whole = _mm256_cvttpd_epi32(_mm256_add_pd(sum.v, _mm256_set1_pd(0.5)));
     const __m128i words = _mm_packs_epi32(whole, whole);
     const int four = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
-    std::memcpy(bytes, &four, static_cast<std::size_t>(channels));
+    std::memcpy(bytes, &four, channels == 3 ? 3 : 4);
 }
 
 } // namespace

@@ -206,7 +206,7 @@ inline void StoreRounded(unsigned char* bytes, const Doubles& sum, int channels)
                                              _mm_cvttpd_epi32(_mm_add_pd(sum.high, half)));
     const __m128i words = _mm_packs_epi32(whole, whole);
     const int four = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
-    std::memcpy(bytes, &four, static_cast<std::size_t>(channels));
+    std::memcpy(bytes, &four, channels == 3 ? 3 : 4);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "image/FloatRows.h"
+#include "image/AutoVectorRows.h"
 #include "image/Kernels.h"
 
 #include <algorithm>
@@ -169,6 +169,12 @@ void AddPairRows(unsigned char* out, const std::uint16_t* upper, const std::uint
                  int lowerWeight, const SmallDivisor& divisor, std::ptrdiff_t count)
 {
     AddPairRowsInWords(out, upper, lower, upperWeight, lowerWeight, divisor, count);
+}
+
+void SixthsRow(unsigned char* out, unsigned char* undecided, const unsigned char* const (&rows)[3], int step,
+               int pixelSize, int count, int channels)
+{
+    SixthsRowInWords(out, undecided, rows, step, pixelSize, count, channels);
 }
 
 void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "image/FloatRows.h"
+#include "image/AutoVectorRows.h"
 #include "image/Kernels.h"
 
 /// The rows of Kernels.h for one instruction set. `Vector` names its vector of bytes and what can be done
@@ -253,10 +253,10 @@ template <typename Vector>
 constexpr Kernels VectorKernels(decltype(&ShadeRow) shadeRow)
 {
     using Rows = VectorRows<Vector>;
-    return {Rows::Filter,       Rows::Add,          Rows::Cubic,        Rows::Pair,
-            AddPairRowsInWords, Rows::BlendByAlpha, Rows::Blend,        Rows::Key,
-            shadeRow,           Rows::Multiply,     Rows::SetAlpha,     Rows::FillAlpha,
-            Rows::KeyAlpha,     Rows::Mix,          Rows::ExpandTriple, Rows::CopyColors};
+    return {Rows::Filter,       Rows::Add,          Rows::Cubic,     Rows::Pair,     AddPairRowsInWords,
+            SixthsRowInWords,   Rows::BlendByAlpha, Rows::Blend,     Rows::Key,      shadeRow,
+            Rows::Multiply,     Rows::SetAlpha,     Rows::FillAlpha, Rows::KeyAlpha, Rows::Mix,
+            Rows::ExpandTriple, Rows::CopyColors};
 }
 
 } // namespace

@@ -2,7 +2,8 @@
 
 #include "image/Kernels.h"
 
-/// AddRows and AddPairRows, to be compiled for every instruction set: the compiler makes the vectors.
+/// AddRows, AddPairRows and SixthsRow, to be compiled for every instruction set: the compiler makes the
+/// vectors.
 namespace zel
 {
 
@@ -46,6 +47,46 @@ inline void AddPairRowsInWords(unsigned char* __restrict out, const std::uint16_
         const auto sum = static_cast<std::uint16_t>(upper[i] * above + lower[i] * below + half);
         const auto high = static_cast<std::uint16_t>(std::uint32_t{sum} * multiplier >> 16);
         out[i] = static_cast<unsigned char>(high >> shift);
+    }
+}
+
+template <int kPixelSize>
+void AddAcross(std::uint16_t* __restrict sums, const std::uint16_t* __restrict words, int step, int count,
+               int channels)
+{
+    for (int i = 0; i < count; ++i, sums += channels, words += step)
+        for (int c = 0; c < 4; ++c) // of pixels of three bytes, the fourth sum is written over by the next
+            sums[c] =
+                static_cast<std::uint16_t>(words[c] + 4 * words[kPixelSize + c] + words[2 * kPixelSize + c]);
+}
+
+inline void SixthsRowInWords(unsigned char* __restrict out, unsigned char* __restrict undecided,
+                             const unsigned char* const (&rows)[3], int step, int pixelSize, int count,
+                             int channels)
+{
+    std::uint16_t words[kSixthsBytes + 1], sums[kSixthsBytes + 1];
+    const unsigned char *const above = rows[0], *const row = rows[1], *const below = rows[2];
+    const int bytes = step * (count - 1) + 3 * pixelSize;
+    for (int i = 0; i < bytes; ++i)
+        words[i] = static_cast<std::uint16_t>(above[i] + 4 * row[i] + below[i]);
+    words[bytes] = 0;
+
+    if (step == channels)
+        for (int i = 0; i < step * count; ++i)
+            sums[i] = static_cast<std::uint16_t>(words[i] + 4 * words[step + i] + words[2 * step + i]);
+    else
+        (pixelSize == 3 ? AddAcross<3> : AddAcross<4>)(sums, words, step, count, channels);
+
+    const SmallDivisor divisor(36);
+    const std::uint16_t half = divisor.half, multiplier = divisor.multiplier;
+    const int shift = divisor.shift;
+    for (int i = 0; i < channels * count; ++i)
+    {
+        const auto sum = static_cast<std::uint16_t>(sums[i] + half);
+        const auto quotient = static_cast<std::uint16_t>(
+            static_cast<std::uint16_t>(std::uint32_t{sum} * multiplier >> 16) >> shift);
+        out[i] = static_cast<unsigned char>(quotient);
+        undecided[i] = sum == static_cast<std::uint16_t>(36 * quotient) ? 1 : 0;
     }
 }
 
