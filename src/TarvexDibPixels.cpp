@@ -8,8 +8,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <memory>
-#include <new>
 
 namespace
 {
@@ -187,18 +185,18 @@ bool CTarvexDib::ShadePerPixel(const CTarvexDib* const first, const CTarvexDib* 
     const zel::Kernels& kernels = zel::ActiveKernels();
     const zel::ShadeFactors factors(strength);
     const bool isPlain = strength != 100 && kernels.shadeRow == &zel::ShadeRow;
-    const bool pays = isPlain && std::int64_t{m_width} * m_height >= kShadeTablePixels;
-    const std::unique_ptr<zel::ShadeTable> table(pays ? new (std::nothrow) zel::ShadeTable : nullptr);
-    if (table != nullptr)
-        zel::FillShadeTable(*table, factors);
+    const bool byTable = isPlain && std::int64_t{m_width} * m_height >= kShadeTablePixels;
+    zel::ShadeTable table; // 64 KiB, on the stack, as nothing may be allocated
+    if (byTable)
+        zel::FillShadeTable(table, factors);
     for (int row = 0; row < RowsWithPixels(*this); ++row)
     {
         unsigned char* const to = GetScanLine(row);
         const unsigned char *const s1 = first->GetScanLine(row), *const s2 = second->GetScanLine(row);
         if (strength == 100)
             kernels.multiplyRow(to, m_pixelSize, s1, first->m_pixelSize, s2, second->m_pixelSize, m_width);
-        else if (table != nullptr)
-            zel::ShadeRowByTable(to, m_pixelSize, s1, first->m_pixelSize, s2, second->m_pixelSize, *table,
+        else if (byTable)
+            zel::ShadeRowByTable(to, m_pixelSize, s1, first->m_pixelSize, s2, second->m_pixelSize, table,
                                  m_width);
         else
             kernels.shadeRow(to, m_pixelSize, s1, first->m_pixelSize, s2, second->m_pixelSize, factors,

@@ -1,5 +1,6 @@
 #include "FailingAllocator.h"
 #include "Pictures.h"
+#include "image/Kernels.h"
 
 #include "ZelUtil/BitmapCache.h"
 #include "ZelUtil/CVar.h"
@@ -160,19 +161,23 @@ TEST(Allocation, TablesOfResizeAndCloneFailBeforeTheFirstPixel)
 
 TEST(Allocation, BlendingAndCopyingNeedNone)
 {
-    CTarvexDib target = RandomPicture(9, 7, 32);
-    const CTarvexDib source = RandomPicture(9, 7, 32), plane = RandomPicture(9, 7, 8);
-    FailAllocation(0);
-    const bool done = target.AlphaBlendPerPixel(&source, &source) && target.AlphaBlend(&source, &source, 9) &&
-                      target.TransparentBlend(&source, &source, 1, 2, 3) &&
-                      target.ShadePerPixel(&source, &source, 50) && target.SetAlphaPlane(&plane) &&
-                      target.TransparentAlpha(1, 2, 3, true) && target.ColorMix(0.1F, 0.2F, 0.3F, 0.4F) &&
-                      target.AlphaAlpha(3) && target.resetAlpha() &&
-                      target.CopyRect(0, 0, source, 1, 1, 9, 7);
-    const bool failed = AllocationFailed();
-    FailAllocation(-1);
-    EXPECT_TRUE(done);
-    EXPECT_FALSE(failed);
+    CTarvexDib target = RandomPicture(256, 257, 32); // large enough for tables to pay
+    const CTarvexDib source = RandomPicture(256, 257, 32), plane = RandomPicture(256, 257, 8);
+    for (const zel::Kernels* const kernels : {&zel::kPlainKernels, static_cast<const zel::Kernels*>(nullptr)})
+    {
+        zel::ForceKernels(kernels);
+        FailAllocation(0);
+        const bool done =
+            target.AlphaBlendPerPixel(&source, &source) && target.AlphaBlend(&source, &source, 9) &&
+            target.TransparentBlend(&source, &source, 1, 2, 3) &&
+            target.ShadePerPixel(&source, &source, 50) && target.SetAlphaPlane(&plane) &&
+            target.TransparentAlpha(1, 2, 3, true) && target.ColorMix(0.1F, 0.2F, 0.3F, 0.4F) &&
+            target.AlphaAlpha(3) && target.resetAlpha() && target.CopyRect(0, 0, source, 1, 1, 9, 7);
+        const bool failed = AllocationFailed();
+        FailAllocation(-1);
+        EXPECT_TRUE(done);
+        EXPECT_FALSE(failed);
+    }
 }
 
 TEST(Allocation, CacheStaysAsItWas)

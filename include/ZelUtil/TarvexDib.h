@@ -199,8 +199,9 @@ public:
     ///
     /// The source takes this image's method. False, with both images unchanged: `source` is this image,
     /// either has fewer than 24 bits, or this image has pixels and the source has none. An image of width or
-    /// height 0 has nothing to fill and gives true. std::bad_alloc where the tables of a call (at most 48
-    /// bytes per column) cannot be allocated; no pixel is written then, but the source has the method.
+    /// height 0 has nothing to fill and gives true. std::bad_alloc where the tables of a call (at most 80
+    /// bytes per column and 8 per row) cannot be allocated; no pixel is written then, but the source has the
+    /// method.
     bool Resize(CTarvexDib& source) const;
 
     /// @}
@@ -266,8 +267,8 @@ public:
     /// width and sy = (bottom - top) / height in doubles (rows by repeated addition). An empty range repeats
     /// its first column or row. Both have 24 or 32 bits; from 24 to 32 bits alpha becomes 255.
     /// False: `src` is this image, either has fewer bits, left or top is not a column or row of `src`, right
-    /// or bottom lies before left or top or beyond the source. std::bad_alloc where the column table cannot
-    /// be allocated; no pixel is written then.
+    /// or bottom lies before left or top or beyond the source. std::bad_alloc where the table of columns or
+    /// that of rows cannot be allocated; no pixel is written then.
     bool Clone(const CTarvexDib& src, int left, int top, int right, int bottom) const;
 
     /// Copies, unscaled, the rows srcY to srcRowEnd - 1 of `src`, each `columns` pixels from srcX on, to
