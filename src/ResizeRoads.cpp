@@ -318,7 +318,7 @@ void GatherRows(const CTarvexDib& to, const CTarvexDib& from, const int* columns
         if (isRun)
             std::memcpy(dst, src + columns[0], rowBytes);
         else
-            GatherRow(dst, to.PixelSize(), src, columns, to.Width(), channels);
+            kernels.gatherRow(dst, to.PixelSize(), src, columns, to.Width(), channels);
         if (hasAlpha && opaque)
             kernels.fillAlphaRow(dst, 255, to.Width());
     }

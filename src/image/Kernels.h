@@ -221,6 +221,7 @@ struct Kernels
     decltype(&MixRow) mixRow;
     decltype(&ExpandTripleRow) expandTripleRow;
     decltype(&CopyColorsRow) copyColorsRow;
+    decltype(&GatherRow) gatherRow;
 };
 
 extern const Kernels kPlainKernels;

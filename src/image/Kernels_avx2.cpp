@@ -24,12 +24,6 @@ inline void Store(unsigned char* bytes, Vector a)
 }
 
 template <typename V>
-V All16(int value)
-{
-    return {_mm256_set1_epi16(static_cast<short>(value))};
-}
-
-template <typename V>
 V All32(std::uint32_t value)
 {
     return {_mm256_set1_epi32(static_cast<int>(value))};
@@ -62,24 +56,10 @@ inline Vector Pack(Vector low, Vector high)
     return {_mm256_packus_epi16(low.v, high.v)};
 }
 
-inline Vector Add16(Vector a, Vector b)
+/// The upper words of the products.
+inline Vector HighProduct16(Vector a, Vector b)
 {
-    return {_mm256_add_epi16(a.v, b.v)};
-}
-
-inline Vector Subtract16(Vector a, Vector b)
-{
-    return {_mm256_sub_epi16(a.v, b.v)};
-}
-
-inline Vector Multiply16(Vector a, Vector b)
-{
-    return {_mm256_mullo_epi16(a.v, b.v)};
-}
-
-inline Vector Divide256(Vector a)
-{
-    return {_mm256_srli_epi16(a.v, 8)};
+    return {_mm256_mulhi_epu16(a.v, b.v)};
 }
 
 inline Vector And(Vector a, Vector b)
@@ -92,9 +72,10 @@ inline Vector Or(Vector a, Vector b)
     return {_mm256_or_si256(a.v, b.v)};
 }
 
-inline Vector AndNot(Vector mask, Vector a)
+/// The bytes of `a` where `mask` has all bits of them, elsewhere, where it has none, those of `b`.
+inline Vector Chosen(Vector mask, Vector a, Vector b)
 {
-    return {_mm256_andnot_si256(mask.v, a.v)};
+    return {_mm256_blendv_epi8(b.v, a.v, mask.v)};
 }
 
 inline Vector Equal32(Vector a, Vector b)
@@ -102,10 +83,40 @@ inline Vector Equal32(Vector a, Vector b)
     return {_mm256_cmpeq_epi32(a.v, b.v)};
 }
 
-/// Of each pixel of four words the last, in all four.
-inline Vector AlphaOf(Vector pixels)
+/// For Mixed: a weight of 1 to 255, and 256 less it.
+template <typename V>
+V WeightOf(int weight)
 {
-    return {_mm256_shufflehi_epi16(_mm256_shufflelo_epi16(pixels.v, 0xFF), 0xFF)};
+    return {_mm256_set1_epi16(static_cast<short>(weight | (256 - weight) << 8))};
+}
+
+/// s2 + ((s1 - s2) * weight >> 8) on every byte, as s1 * weight + s2 * (256 - weight) over 256. The sum of
+/// bytes less 128 each is less by 128 * 256, and then fits 16 bits with a sign.
+inline Vector MixedInPairs(Vector s1, Vector s2, __m256i lowWeights, __m256i highWeights)
+{
+    const __m256i sign = _mm256_set1_epi8(-128);
+    const __m256i first = _mm256_xor_si256(s1.v, sign), second = _mm256_xor_si256(s2.v, sign);
+    const __m256i low = _mm256_maddubs_epi16(lowWeights, _mm256_unpacklo_epi8(first, second));
+    const __m256i high = _mm256_maddubs_epi16(highWeights, _mm256_unpackhi_epi8(first, second));
+    const __m256i bytes = _mm256_packs_epi16(_mm256_srai_epi16(low, 8), _mm256_srai_epi16(high, 8));
+    return {_mm256_xor_si256(bytes, sign)};
+}
+
+inline Vector Mixed(Vector s1, Vector s2, Vector weight)
+{
+    return MixedInPairs(s1, s2, weight.v, weight.v);
+}
+
+/// Mixed, with the alpha of each pixel of s1. The 256 that alpha 0 leaves to s2 is no byte.
+inline Vector MixedByAlpha(Vector s1, Vector s2)
+{
+    const __m256i zero = _mm256_setzero_si256();
+    const __m256i last =
+        _mm256_broadcastsi128_si256(_mm_setr_epi8(3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15));
+    const __m256i alpha = _mm256_shuffle_epi8(s1.v, last), rest = _mm256_sub_epi8(zero, alpha);
+    const Vector mixed =
+        MixedInPairs(s1, s2, _mm256_unpacklo_epi8(alpha, rest), _mm256_unpackhi_epi8(alpha, rest));
+    return Chosen({_mm256_cmpeq_epi8(alpha, zero)}, s2, mixed);
 }
 
 /// One byte for each pixel, in its highest place.
@@ -150,7 +161,33 @@ inline void StoreColors(unsigned char* bytes, int step, Vector a)
         return;
     }
     const Vector colors = All32<Vector>(0x00FFFFFF);
-    Store(bytes, Or(And(colors, a), AndNot(colors, Load<Vector>(bytes))));
+    Store(bytes, Chosen(colors, a, Load<Vector>(bytes)));
+}
+
+/// GatherRow for the first pixels of as many bytes, while four of them lie within sixteen bytes; gives how
+/// many.
+inline int GatherNeighbours(unsigned char* dst, const unsigned char* src, const int* offsets, int count,
+                            int channels)
+{
+    constexpr int kBehind = 2; // pixels of 3 bytes that storing sixteen bytes touches besides
+    const bool triples = channels == 3;
+    const __m128i spread = triples ? _mm_setr_epi8(0, 0, 0, 4, 4, 4, 8, 8, 8, 12, 12, 12, 0, 0, 0, 0)
+                                   : _mm_setr_epi8(0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12, 12, 12);
+    const __m128i bytes = triples ? _mm_setr_epi8(0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 0, 0, 0)
+                                  : _mm_setr_epi8(0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3);
+    int done = 0;
+    for (; done + 4 + kBehind <= count; done += 4, dst += 4 * channels)
+    {
+        const int first = offsets[done];
+        if (offsets[done + 3] > first + 12 || offsets[count - 1] + channels < first + 16)
+            break;
+        const __m128i four = _mm_loadu_si128(reinterpret_cast<const __m128i*>(offsets + done));
+        const __m128i relative = _mm_shuffle_epi8(_mm_sub_epi32(four, _mm_set1_epi32(first)), spread);
+        const __m128i pixels = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + first));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst),
+                         _mm_shuffle_epi8(pixels, _mm_add_epi8(relative, bytes)));
+    }
+    return done;
 }
 
 /// PairRow for the first columns, two at a time; gives how many.

@@ -24,12 +24,6 @@ inline void Store(unsigned char* bytes, Vector a)
 }
 
 template <typename V>
-V All16(int value)
-{
-    return {_mm_set1_epi16(static_cast<short>(value))};
-}
-
-template <typename V>
 V All32(std::uint32_t value)
 {
     return {_mm_set1_epi32(static_cast<int>(value))};
@@ -62,24 +56,10 @@ inline Vector Pack(Vector low, Vector high)
     return {_mm_packus_epi16(low.v, high.v)};
 }
 
-inline Vector Add16(Vector a, Vector b)
+/// The upper words of the products.
+inline Vector HighProduct16(Vector a, Vector b)
 {
-    return {_mm_add_epi16(a.v, b.v)};
-}
-
-inline Vector Subtract16(Vector a, Vector b)
-{
-    return {_mm_sub_epi16(a.v, b.v)};
-}
-
-inline Vector Multiply16(Vector a, Vector b)
-{
-    return {_mm_mullo_epi16(a.v, b.v)};
-}
-
-inline Vector Divide256(Vector a)
-{
-    return {_mm_srli_epi16(a.v, 8)};
+    return {_mm_mulhi_epu16(a.v, b.v)};
 }
 
 inline Vector And(Vector a, Vector b)
@@ -92,9 +72,10 @@ inline Vector Or(Vector a, Vector b)
     return {_mm_or_si128(a.v, b.v)};
 }
 
-inline Vector AndNot(Vector mask, Vector a)
+/// The bits of `a` where `mask` is set, elsewhere those of `b`.
+inline Vector Chosen(Vector mask, Vector a, Vector b)
 {
-    return {_mm_andnot_si128(mask.v, a.v)};
+    return {_mm_or_si128(_mm_and_si128(mask.v, a.v), _mm_andnot_si128(mask.v, b.v))};
 }
 
 inline Vector Equal32(Vector a, Vector b)
@@ -102,10 +83,40 @@ inline Vector Equal32(Vector a, Vector b)
     return {_mm_cmpeq_epi32(a.v, b.v)};
 }
 
-/// Of each pixel of four words the last, in all four.
-inline Vector AlphaOf(Vector pixels)
+/// For Mixed: a weight of 1 to 255.
+template <typename V>
+V WeightOf(int weight)
 {
-    return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(pixels.v, 0xFF), 0xFF)};
+    return {_mm_set1_epi16(static_cast<short>(weight))};
+}
+
+/// s2 + ((s1 - s2) * weight >> 8) on eight words. The sum s2 * 256 + (s1 - s2) * weight is s1 * weight +
+/// s2 * (256 - weight): with a weight up to 256 it fits 16 bits, and so it comes out right although the terms
+/// do not.
+inline __m128i MixedWords(Vector s1, Vector s2, Vector s2Times256, __m128i weight)
+{
+    const __m128i product = _mm_mullo_epi16(_mm_sub_epi16(s1.v, s2.v), weight);
+    return _mm_srli_epi16(_mm_add_epi16(s2Times256.v, product), 8);
+}
+
+/// The same on every byte.
+inline Vector Mixed(Vector s1, Vector s2, Vector weight)
+{
+    return {_mm_packus_epi16(MixedWords(Low(s1), Low(s2), LowTimes256(s2), weight.v),
+                             MixedWords(High(s1), High(s2), HighTimes256(s2), weight.v))};
+}
+
+/// Of each pixel of four words the last, in all four.
+inline __m128i AlphaOf(Vector pixels)
+{
+    return _mm_shufflehi_epi16(_mm_shufflelo_epi16(pixels.v, 0xFF), 0xFF);
+}
+
+/// Mixed, with the alpha of each pixel of s1.
+inline Vector MixedByAlpha(Vector s1, Vector s2)
+{
+    return {_mm_packus_epi16(MixedWords(Low(s1), Low(s2), LowTimes256(s2), AlphaOf(Low(s1))),
+                             MixedWords(High(s1), High(s2), HighTimes256(s2), AlphaOf(High(s1))))};
 }
 
 /// One byte for each pixel, in its highest place.
@@ -131,7 +142,13 @@ V LoadPixels(const unsigned char* bytes, int)
 inline void StoreColors(unsigned char* bytes, int, Vector a)
 {
     const Vector colors = All32<Vector>(0x00FFFFFF);
-    Store(bytes, Or(And(colors, a), AndNot(colors, Load<Vector>(bytes))));
+    Store(bytes, Chosen(colors, a, Load<Vector>(bytes)));
+}
+
+/// Would need shuffles as well.
+inline int GatherNeighbours(unsigned char*, const unsigned char*, const int*, int, int)
+{
+    return 0;
 }
 
 /// PairRow for the first columns; gives how many.

@@ -14,24 +14,6 @@ namespace zel
 namespace
 {
 
-/// s2 + ((s1 - s2) * alpha >> 8) on every byte; `low` and `high` hold alpha for the lower and the upper
-/// halves. The sum s2 * 256 + (s1 - s2) * alpha is s1 * alpha + s2 * (256 - alpha): with alpha up to 256 it
-/// fits 16 bits, and so it comes out right although the terms do not.
-template <typename Vector>
-Vector Mixed(Vector s1, Vector s2, Vector low, Vector high)
-{
-    const Vector lowSum = Add16(LowTimes256(s2), Multiply16(Subtract16(Low(s1), Low(s2)), low));
-    const Vector highSum = Add16(HighTimes256(s2), Multiply16(Subtract16(High(s1), High(s2)), high));
-    return Pack(Divide256(lowSum), Divide256(highSum));
-}
-
-/// The bits of `a` where `mask` is set, elsewhere those of `b`.
-template <typename Vector>
-Vector Chosen(Vector mask, Vector a, Vector b)
-{
-    return Or(And(mask, a), AndNot(mask, b));
-}
-
 template <typename Vector>
 struct VectorRows
 {
@@ -90,9 +72,7 @@ struct VectorRows
                              const unsigned char* s2, int s2Step, int count)
     {
         const int done = ByPixels(dst, dstStep, s1, 4, s2, s2Step, count,
-                                  [](Vector first, Vector second) {
-                                      return Mixed(first, second, AlphaOf(Low(first)), AlphaOf(High(first)));
-                                  });
+                                  [](Vector first, Vector second) { return MixedByAlpha(first, second); });
         BlendRowByAlpha(dst + dstStep * done, dstStep, s1 + 4 * done, s2 + s2Step * done, s2Step,
                         count - done);
     }
@@ -100,10 +80,12 @@ struct VectorRows
     static void Blend(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
                       const unsigned char* s2, int s2Step, int alpha, int count)
     {
-        const Vector weight = All16<Vector>(alpha);
-        const int done =
-            ByBytes(dst, dstStep, s1, s1Step, s2, s2Step, count,
-                    [weight](Vector first, Vector second) { return Mixed(second, first, weight, weight); });
+        const Vector weight = WeightOf<Vector>(alpha);
+        const int done = alpha == 0 ? ByBytes(dst, dstStep, s1, s1Step, s2, s2Step, count,
+                                              [](Vector first, Vector) { return first; })
+                                    : ByBytes(dst, dstStep, s1, s1Step, s2, s2Step, count,
+                                              [weight](Vector first, Vector second)
+                                              { return Mixed(second, first, weight); });
         BlendRow(dst + dstStep * done, dstStep, s1 + s1Step * done, s1Step, s2 + s2Step * done, s2Step, alpha,
                  count - done);
     }
@@ -114,8 +96,8 @@ struct VectorRows
         const int done = ByBytes(dst, dstStep, s1, s1Step, s2, s2Step, count,
                                  [](Vector first, Vector second)
                                  {
-                                     return Pack(Divide256(Multiply16(Low(first), Low(second))),
-                                                 Divide256(Multiply16(High(first), High(second))));
+                                     return Pack(HighProduct16(LowTimes256(first), Low(second)),
+                                                 HighProduct16(HighTimes256(first), High(second)));
                                  });
         MultiplyRow(dst + dstStep * done, dstStep, s1 + s1Step * done, s1Step, s2 + s2Step * done, s2Step,
                     count - done);
@@ -168,16 +150,27 @@ struct VectorRows
 
     static void Mix(unsigned char* dst, const int (&color)[3], int weight, int count)
     {
-        const Vector colors = All32<Vector>(0x00FFFFFF), share = All16<Vector>(weight);
+        if (weight == 0)
+            return;
+        const Vector colors = All32<Vector>(0x00FFFFFF), share = WeightOf<Vector>(weight);
         const Vector target =
             All32<Vector>(static_cast<std::uint32_t>(color[0] | color[1] << 8 | color[2] << 16));
         int done = 0;
         for (; done + kPixels <= count; done += kPixels)
         {
             const auto pixels = Load<Vector>(dst + 4 * done);
-            Store(dst + 4 * done, Chosen(colors, Mixed(target, pixels, share, share), pixels));
+            const Vector mixed = weight == 256 ? target : Mixed(target, pixels, share);
+            Store(dst + 4 * done, Chosen(colors, mixed, pixels));
         }
         MixRow(dst + 4 * done, color, weight, count - done);
+    }
+
+    static void Gather(unsigned char* dst, int dstStep, const unsigned char* src, const int* offsets,
+                       int count, int channels)
+    {
+        const int done = dstStep == channels ? GatherNeighbours(dst, src, offsets, count, channels) : 0;
+        if (done < count)
+            GatherRow(dst + dstStep * done, dstStep, src, offsets + done, count - done, channels);
     }
 
     static void CopyColors(unsigned char* dst, int dstStep, const unsigned char* src, int count)
@@ -206,12 +199,16 @@ struct VectorRows
         if (hasTriples && !kReadsTriples)
             return 0;
 
-        const int needed = kPixels + (hasTriples ? kBehind : 0);
         int done = 0;
-        for (; done + needed <= count; done += kPixels)
-            StoreColors(dst + dstStep * done, dstStep,
-                        combination(LoadPixels<Vector>(s1 + s1Step * done, s1Step),
-                                    LoadPixels<Vector>(s2 + s2Step * done, s2Step)));
+        if (hasTriples)
+            for (; done + kPixels + kBehind <= count; done += kPixels)
+                StoreColors(dst + dstStep * done, dstStep,
+                            combination(LoadPixels<Vector>(s1 + s1Step * done, s1Step),
+                                        LoadPixels<Vector>(s2 + s2Step * done, s2Step)));
+        else
+            for (; done + kPixels <= count; done += kPixels)
+                StoreColors(dst + 4 * done, 4,
+                            combination(Load<Vector>(s1 + 4 * done), Load<Vector>(s2 + 4 * done)));
         return done;
     }
 
@@ -256,7 +253,7 @@ constexpr Kernels VectorKernels(decltype(&ShadeRow) shadeRow)
     return {Rows::Filter,       Rows::Add,          Rows::Cubic,     Rows::Pair,     AddPairRowsInWords,
             SixthsRowInWords,   Rows::BlendByAlpha, Rows::Blend,     Rows::Key,      shadeRow,
             Rows::Multiply,     Rows::SetAlpha,     Rows::FillAlpha, Rows::KeyAlpha, Rows::Mix,
-            Rows::ExpandTriple, Rows::CopyColors};
+            Rows::ExpandTriple, Rows::CopyColors,   Rows::Gather};
 }
 
 } // namespace
