@@ -1,0 +1,23 @@
+#!/usr/bin/env bash
+# Checks that a shared library was built with what stops an overrun from becoming more: guards.sh OBJDUMP LIBRARY
+set -euo pipefail
+
+demand() {
+    grep -qE "$1" <<<"$report" || { echo "$2" >&2; exit 1; }
+}
+
+case $2 in
+    *.dll)
+        report=$("$1" -p "$2")
+        demand DYNAMIC_BASE "always loaded at the same address"
+        demand NX_COMPAT "its data can be executed"
+        ;;
+    *)
+        report=$("$1" -p -T "$2")
+        demand '^ *RELRO' "tables of addresses stay writable"
+        demand '^ *FLAGS +0x0*8$' "addresses are bound when first used, and stay writable till then"
+        demand __stack_chk_fail "return addresses are not guarded"
+        demand '__[a-z]+_chk\b' "library calls are not checked against the size of their target"
+        ;;
+esac
+echo "guarded"
