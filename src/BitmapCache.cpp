@@ -35,7 +35,7 @@ CTarvexDib* const BitmapCache::getBitmap(CStdStr<char> fileName)
         return nullptr;
 
     auto entry = std::make_unique<BitmapCacheEntry>(image.get(), fileName);
-    image.release();
+    static_cast<void>(image.release()); // the entry has it
     m_bitmaps.emplace(fileName, entry.get());
     return entry.release()->bitmap;
 }

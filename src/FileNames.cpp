@@ -118,7 +118,7 @@ bool MatchesSearch(std::string_view expression, std::string_view name)
             default:
                 describes = takesOne && Folded(name[j]) == Folded(expression[i]);
             }
-            with[j] = describes;
+            with[j] = describes ? 1 : 0;
         }
     return without[0] != 0;
 }

@@ -539,6 +539,7 @@ const char* INIFileReader::FindInIndex(const char* section, const char* key) con
     const std::uint32_t mask = m_profileBuckets - 1;
     const std::uint32_t sectionHash = sectionPattern.GetHash().Value();
     std::uint32_t at = buckets[sectionHash & mask];
+    // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): buckets name entries that are filled
     while (at != kNoEntry && (m_profileIndex[at].hash != sectionHash ||
                               !sectionPattern.Equals(m_profileIndex[at].text, m_profileIndex[at].length)))
         at = m_profileIndex[at].next;

@@ -265,7 +265,7 @@ unsigned long StartThread(ThreadRoutine routine, void* argument)
     const bool started =
         start != nullptr && pthread_create(&thread, &attributes, RunThread, start.get()) == 0;
     if (started)
-        start.release();
+        static_cast<void>(start.release()); // the thread has it
     pthread_attr_destroy(&attributes);
     return started ? thread : 0;
 }
