@@ -25,6 +25,45 @@ extern const char* const kLogFile;
 /// A device that swallows what is written: a stream's target that is no ordinary file.
 extern const char* const kNullDevice;
 
+/// While one lives, no file grows beyond its size: what is written there fails as on a full disk.
+class FullDisk
+{
+public:
+    explicit FullDisk(long bytes);
+    ~FullDisk();
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+    static bool IsPossible();
+};
+
+/// While one lives, this process has no rights but those that everybody has.
+class NoRights
+{
+public:
+    NoRights();
+    ~NoRights();
+    NoRights(const NoRights&) = delete;
+    NoRights& operator=(const NoRights&) = delete;
+
+    /// False where rights cannot be dropped, or keep nobody from reading.
+    static bool ArePossible();
+};
+
+/// A named pipe that gives a text, then another one again and again until its reader has enough.
+class EndlessPipe
+{
+public:
+    EndlessPipe(const std::string& path, const std::string& first, const std::string& again);
+    ~EndlessPipe();
+    EndlessPipe(const EndlessPipe&) = delete;
+    EndlessPipe& operator=(const EndlessPipe&) = delete;
+
+private:
+    std::string m_path;
+    int m_writer = 0; // its process
+};
+
 /// Held by one process of the machine at a time; waits for it.
 class ProcessLock
 {

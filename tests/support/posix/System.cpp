@@ -1,6 +1,7 @@
 #include "System.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -9,7 +10,9 @@
 #include <fstream>
 #include <stdexcept>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace test
@@ -37,6 +40,77 @@ long ThreadRemains()
 bool MakeFifo(const char* path)
 {
     return mkfifo(path, 0666) == 0;
+}
+
+FullDisk::FullDisk(long bytes)
+{
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit;
+    getrlimit(RLIMIT_FSIZE, &limit);
+    limit.rlim_cur = static_cast<rlim_t>(bytes);
+    setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+FullDisk::~FullDisk()
+{
+    rlimit limit;
+    getrlimit(RLIMIT_FSIZE, &limit);
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, SIG_DFL);
+}
+
+bool FullDisk::IsPossible()
+{
+    return true;
+}
+
+NoRights::NoRights()
+{
+    constexpr uid_t kNobody = 65534;
+    if (getuid() == 0 && seteuid(kNobody) != 0)
+        throw std::runtime_error("rights cannot be dropped");
+}
+
+NoRights::~NoRights()
+{
+    if (getuid() == 0 && seteuid(0) != 0)
+        std::abort();
+}
+
+bool NoRights::ArePossible()
+try
+{
+    const NoRights noRights;
+    return true;
+}
+catch (const std::runtime_error&)
+{
+    return false;
+}
+
+EndlessPipe::EndlessPipe(const std::string& path, const std::string& first, const std::string& again)
+    : m_path(path)
+{
+    if (!MakeFifo(path.c_str()))
+        throw std::runtime_error("no pipe");
+    std::string many;
+    while (many.size() < 65536)
+        many += again;
+    m_writer = fork(); // has descriptors of its own
+    if (m_writer != 0)
+        return;
+    const int pipe = open(path.c_str(), O_WRONLY); // waits for a reader; the signal of a broken pipe ends it
+    for (const std::string* text = &first; write(pipe, text->data(), text->size()) >= 0;)
+        text = &many;
+    _exit(0);
+}
+
+EndlessPipe::~EndlessPipe()
+{
+    close(open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)); // nobody may have read
+    waitpid(m_writer, nullptr, 0);
+    unlink(m_path.c_str());
 }
 
 ProcessLock::ProcessLock()

@@ -31,6 +31,25 @@ bool MakeFifo(const char*)
     return false;
 }
 
+FullDisk::FullDisk(long) {}
+FullDisk::~FullDisk() = default;
+
+bool FullDisk::IsPossible()
+{
+    return false;
+}
+
+NoRights::NoRights() = default;
+NoRights::~NoRights() = default;
+
+bool NoRights::ArePossible()
+{
+    return false;
+}
+
+EndlessPipe::EndlessPipe(const std::string&, const std::string&, const std::string&) {}
+EndlessPipe::~EndlessPipe() = default;
+
 ProcessLock::ProcessLock() : m_handle(CreateMutexA(nullptr, FALSE, "Global\\zelutil-test"))
 {
     WaitForSingleObject(m_handle, INFINITE);
