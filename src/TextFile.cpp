@@ -88,6 +88,8 @@ std::optional<std::size_t> CountText(std::FILE* file, std::size_t limit)
 
 bool ReadText(std::FILE* file, char* text, std::size_t count)
 {
+    if (std::ferror(file) != 0) // the count is that of a part
+        return false;
     std::rewind(file);
     std::size_t read = 0;
     TakeText(file,

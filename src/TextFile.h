@@ -21,7 +21,8 @@ int ReadTextCharacter(std::FILE* file);
 /// The characters from here to the end of the text; nothing where there are more than `limit`.
 std::optional<std::size_t> CountText(std::FILE* file, std::size_t limit);
 
-/// Reads `count` characters from the start of the file on. False where there are fewer.
+/// Reads `count` characters from the start of the file on. False where there are fewer, and behind an error
+/// that the stream met in counting them.
 bool ReadText(std::FILE* file, char* text, std::size_t count);
 
 } // namespace zel

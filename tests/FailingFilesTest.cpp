@@ -227,6 +227,27 @@ TEST(FailingFiles, PicturesAreEmptyUnlessAPixelWasThere)
         }
 }
 
+// Reads: four to count the characters, the last of which finds the end, and three to take them.
+TEST(FailingFiles, EnginesHoldNothingAfterHalfAFile)
+{
+    const TemporaryFolder folder;
+    const Text path = folder / "a.ini";
+    const Bytes file = BytesOf("[a]\nk=v\n;" + Text(40000, '.') + "\n");
+    Breaker breaker;
+    for (const Trouble& trouble : Troubles(breaker, path))
+        for (const bool indexed : {true, false})
+            for (int number = 1; number <= 8; ++number)
+            {
+                SCOPED_TRACE(testing::Message()
+                             << trouble.what << " at read " << number << ", indexed " << indexed);
+                WriteFile(path, file);
+                Asked asked(folder, indexed);
+                const Step step(number, trouble.before, trouble.after);
+                const bool isWhole = number == 8 || (number == 1 && !trouble.after); // short from the start
+                EXPECT_EQ(asked.Outcome(path), isWhole ? "v" : "dropped");
+            }
+}
+
 TEST(FailingFiles, ListingsAndReadersGoOnWhereTheyCan)
 {
     const TemporaryFolder folder;
