@@ -51,9 +51,11 @@ public:
 
     bool skip(long offset) override
     {
+        constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
         // A seek that fails may have lost its place on some systems.
         const std::int64_t position = m_file == nullptr ? -1 : zel::Tell(m_file);
-        return position >= 0 && position + offset >= 0 && zel::Seek(m_file, offset, SEEK_CUR);
+        return position >= 0 && offset >= -position && offset <= kMost - position &&
+               zel::Seek(m_file, offset, SEEK_CUR);
     }
 
     unsigned long getPosition() override { return m_file == nullptr ? 0 : Told(zel::Tell(m_file)); }

@@ -296,6 +296,22 @@ TEST(FailingFiles, ListingsAndReadersGoOnWhereTheyCan)
     EXPECT_EQ(Listed(folder, folder / "."), "as it was"); // a folder
 }
 
+TEST(FailingFiles, PositionsBeyondEveryFile)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "a", {1, 2, 3});
+    constexpr long kLeast = std::numeric_limits<long>::min(), kMost = std::numeric_limits<long>::max();
+    for (const Text& path : {folder / "a", Text("/proc/self/mem")}) // where every position is one
+    {
+        const auto access = Access(path);
+        for (const long offset : {kLeast, kMost, 1L, kMost})
+        {
+            const unsigned long before = access->getPosition();
+            EXPECT_TRUE(access->skip(offset) ? offset > 0 : access->getPosition() == before) << offset;
+        }
+    }
+}
+
 TEST(FailingFiles, PipesThatNeverEndAreReadAsFarAsNeeded)
 {
     const TemporaryFolder folder;
