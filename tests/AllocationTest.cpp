@@ -1,5 +1,5 @@
+#include "DebugLog.h"
 #include "FailingAllocator.h"
-#include "Pictures.h"
 #include "image/Kernels.h"
 
 #include "ZelUtil/BitmapCache.h"
@@ -10,7 +10,6 @@
 #include "ZelUtil/WinDib.h"
 
 #include <functional>
-#include <gtest/gtest.h>
 #include <new>
 #include <optional>
 
@@ -136,27 +135,44 @@ TEST(Allocation, FailedCopyTellsWhichBlockWasRefused)
 
 TEST(Allocation, TablesOfResizeAndCloneFailBeforeTheFirstPixel)
 {
-    CTarvexDib source = RandomPicture(5, 5, 24);
-    const CTarvexDib target = RandomPicture(9, 9, 32);
-    const Bytes before = PixelBytes(target);
-    const long blocks = LiveBlocks();
-    for (int method = 0; method < 3; ++method)
+    for (int round = 0; round < 24; ++round) // depths, methods, larger and smaller than the source
     {
-        CTarvexDib dib(target);
-        dib.SetupInterpolMethod(static_cast<CTarvexDib::InterpolMethod>(method));
-        FailAllocation(0);
-        const bool thrown = Throws<std::bad_alloc>([&] { dib.Resize(source); });
-        FailAllocation(-1);
-        EXPECT_TRUE(thrown);
-        EXPECT_EQ(PixelBytes(dib), before);
-        EXPECT_EQ(source.GetInterpolMethod(), method);
+        CTarvexDib source = RandomPicture(50, 50, round & 1 ? 24 : 32), dib;
+        const int size = round & 4 ? 90 : 9, bits = round & 2 ? 24 : 32;
+        const CTarvexDib target = RandomPicture(size, size, bits);
+        const auto method = static_cast<CTarvexDib::InterpolMethod>(round / 8);
+        const Bytes before = PixelBytes(target);
+        const struct
+        {
+            const char* name;
+            std::function<bool()> run;
+        } cases[] = {{"Resize", [&] { return dib.Resize(source); }},
+                     {"Clone", [&] { return dib.Clone(source, 1, 2, 40, 50); }}};
+        for (const auto& c : cases)
+        {
+            SCOPED_TRACE(testing::Message() << c.name << " in round " << round);
+            dib.Empty();
+            const long blocks = LiveBlocks();
+            bool thrown = false;
+            const int allocations = FailEach(
+                [&]
+                {
+                    dib = target;
+                    dib.SetupInterpolMethod(method);
+                },
+                [&] { thrown = Throws<std::bad_alloc>([&] { c.run(); }); },
+                [&](int failed)
+                {
+                    EXPECT_TRUE(thrown) << failed;
+                    EXPECT_EQ(PixelBytes(dib), before) << failed;
+                    EXPECT_EQ(source.GetInterpolMethod(), method) << failed;
+                });
+            EXPECT_GE(allocations, 2);
+            EXPECT_NE(PixelBytes(dib), before);
+            dib.Empty();
+            EXPECT_EQ(LiveBlocks(), blocks);
+        }
     }
-    FailAllocation(0);
-    const bool thrown = Throws<std::bad_alloc>([&] { target.Clone(source, 0, 0, 5, 5); });
-    FailAllocation(-1);
-    EXPECT_TRUE(thrown);
-    EXPECT_EQ(PixelBytes(target), before);
-    EXPECT_EQ(LiveBlocks(), blocks);
 }
 
 TEST(Allocation, BlendingAndCopyingNeedNone)
@@ -322,6 +338,43 @@ TEST(Allocation, IniReaderHoldsNoFileAfterAFailure)
     EXPECT_EQ(allocations, 1);
 }
 
+TEST(Allocation, ListingsSkipNoNameWithoutSayingSo)
+{
+    const TemporaryFolder folder;
+    const CStdStr<char> file = folder / "a.ini";
+    const std::string longName(60, 'n'), text = "[" + longName + "]\n[" + longName + "]\n[c]\n";
+    WriteFile(file, Bytes(text.begin(), text.end()));
+    const long blocks = LiveBlocks();
+    for (const bool first : {true, false})
+    {
+        std::optional<INIFileReader> reader;
+        CStdStr<char> name;
+        bool done = false;
+        const int allocations = FailEach(
+            [&]
+            {
+                reader.emplace();
+                ASSERT_TRUE(first || reader->getFirstSectionName(file, name));
+                name = "as it was";
+                name.shrink_to_fit();
+            },
+            [&]
+            { done = first ? reader->getFirstSectionName(file, name) : reader->getNextSectionName(name); },
+            [&](int failed)
+            {
+                EXPECT_FALSE(done) << failed;
+                EXPECT_EQ(name, "as it was") << failed;
+                reader->EndStringFromIni();
+                EXPECT_TRUE(reader->getFirstSectionName(file, name)) << failed;
+                EXPECT_EQ(name, longName) << failed;
+            });
+        EXPECT_TRUE(done);
+        EXPECT_EQ(name, longName);
+        EXPECT_EQ(allocations, first ? 2 : 1); // the file's name, the section's
+    }
+    EXPECT_EQ(LiveBlocks(), blocks);
+}
+
 TEST(Allocation, VariableIsMadeWholeOrNotAtAll)
 {
     const char* const name = "a name that is longer than short strings are";
@@ -337,6 +390,76 @@ TEST(Allocation, VariableIsMadeWholeOrNotAtAll)
     ASSERT_NE(variable, nullptr);
     EXPECT_EQ(variable->name, name);
     EXPECT_EQ(CVar_Get(name, nullptr, 0), variable);
+}
+
+TEST(Allocation, ErrorsAndStringsThrowAndLeakNothing)
+{
+    const CStdStr<char> text = std::string(60, 'x'), before = "as it was";
+    const EConstruction other(text, text, text, text, 7);
+    const EFileAccess fileError(EFileAccess::FILE_WRITE_PROTECTED);
+    CStdStr<char> changed;
+    std::optional<EConstruction> assigned;
+    const struct
+    {
+        const char* name;
+        int allocations;
+        std::function<void()> run;
+    } cases[] = {{"BasicError", 3, [&] { BasicError(text, text, text, 1); }},
+                 {"MemoryError", 3, [&] { MemoryError(text, text, text, 1); }},
+                 {"ParameterError", 4, [&] { ParameterError(text, text, text, text, 1); }},
+                 {"MemberError", 4, [&] { MemberError(text, text, text, text, 1); }},
+                 {"EStdException", 3, [&] { EStdException(text, text, text, 1); }},
+                 {"EOutOfBounds", 3, [&] { EOutOfBounds(text, text, text, 1); }},
+                 {"EConstruction", 4, [&] { EConstruction(text, text, text, text, 1); }},
+                 {"a copy", 4, [&] { EConstruction{other}; }},
+                 {"an assignment", 4, [&] { *assigned = other; }},
+                 {"getErrorText", 1, [&] { fileError.getErrorText(); }},
+                 {"CStdStr", 1, [&] { CStdStr<char>(text.c_str()); }},
+                 {"CStdStr =", 1, [&] { changed = text.c_str(); }},
+                 {"CStdStr +=", 1, [&] { changed += text.c_str(); }},
+                 {"Mid", 2, [&] { text.Mid(1, 50); }}};
+    const auto clear = [&]
+    {
+        CStdStr<char>().swap(changed);
+        assigned.reset();
+    };
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(c.name);
+        clear();
+        const long blocks = LiveBlocks();
+        bool thrown = false;
+        const int allocations = FailEach(
+            [&]
+            {
+                clear();
+                changed = before;
+                assigned.emplace("", "", "", "", 1);
+            },
+            [&] { thrown = Throws<std::bad_alloc>(c.run); },
+            [&](int failed)
+            {
+                EXPECT_TRUE(thrown) << failed;
+                EXPECT_EQ(changed, before) << failed;
+            });
+        EXPECT_FALSE(thrown);
+        EXPECT_EQ(allocations, c.allocations);
+        clear();
+        EXPECT_EQ(LiveBlocks(), blocks);
+    }
+
+    // The log itself needs no memory of the program's.
+    const Log log;
+    OSDependant::ActivateDebugLog(true);
+    testing::internal::CaptureStderr();
+    FailAllocation(0);
+    EXCEPTION_LOG(other);
+    EXCEPTION_LOG(static_cast<const EStdException&>(other));
+    FailAllocation(-1);
+    const std::string echo = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::count(echo.begin(), echo.end(), 'x'), 7 * 60);
+    const std::string entries = log.Text();
+    EXPECT_EQ(std::count(entries.begin(), entries.end(), 'x'), 7 * 60);
 }
 
 TEST(Allocation, ServicesGiveNothing)
