@@ -176,8 +176,11 @@ bool ZelId::operator>=(const unsigned char (&bytes)[16]) const
 void ZelId::incrementInternalCounter()
 {
     for (unsigned char& byte : m_unassignedId)
-        if (++byte != 0)
+    {
+        byte = static_cast<unsigned char>(byte + 1);
+        if (byte != 0)
             return;
+    }
     throw EOutOfBounds("ZelId::incrementInternalCounter", "Maximum index for graphic IDs reached",
                        kSourceFile, __LINE__);
 }
