@@ -1,27 +1,12 @@
 #include "FileNames.h"
 
-#include <cctype>
+#include "ExtensionModel.h"
+
 #include <gtest/gtest.h>
 #include <string>
 
 namespace
 {
-
-// The definition, step by step.
-bool Matches(const char* p, const char* s)
-{
-    if (*s == '\0')
-        return *p == '\0';
-    if (*p == '\0')
-        return false;
-    if (*p == '?')
-        return p[1] == '\0' ? s[1] == '\0' : Matches(p + 1, s + 1);
-    if (*p == '*')
-        return p[1] == '\0' || Matches(p + 1, s + 1) || Matches(p, s + 1);
-    if (std::tolower(static_cast<unsigned char>(*p)) != std::tolower(static_cast<unsigned char>(*s)))
-        return false;
-    return p[1] == '\0' ? s[1] == '\0' : Matches(p + 1, s + 1);
-}
 
 // Text number `number` over an alphabet: every text comes once.
 std::string TextNumber(unsigned number, const std::string& alphabet)
@@ -41,7 +26,7 @@ TEST(FileNames, ExtensionsMatchAsDefined)
         for (unsigned j = 0; j < 364; ++j) // up to five
         {
             const std::string pattern = TextNumber(i, "aB*?"), text = TextNumber(j, "AbB");
-            const bool expected = Matches(pattern.c_str(), text.c_str());
+            const bool expected = test::Matches(pattern.c_str(), text.c_str());
             matches += expected;
             ASSERT_EQ(zel::MatchesExtension(pattern, text), expected) << pattern << " " << text;
         }
