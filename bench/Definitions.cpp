@@ -74,7 +74,8 @@ void ForEachPixel(const CTarvexDib& dib, const Pixel& pixel)
 
 std::uint32_t Number(const unsigned char* bytes)
 {
-    return bytes[0] | bytes[1] << 8 | bytes[2] << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
+    return static_cast<std::uint32_t>(bytes[0] | bytes[1] << 8 | bytes[2] << 16) |
+           static_cast<std::uint32_t>(bytes[3]) << 24;
 }
 
 void PutNumber(unsigned char* bytes, std::uint32_t number)
