@@ -100,7 +100,8 @@ inline Found IndexedModel(const Text& file, const Text& section, const Text& key
     return value.has_value() && value->empty() ? Found() : value;
 }
 
-// Where a search that did not find `pattern` at `at` looks next; `found` tells whether it did.
+// Where a search that did not find `pattern` at `at` looks next; `found` tells whether it did. No text has
+// 0x1A.
 inline std::size_t Step(const Text& text, std::size_t at, const Text& pattern, bool& found)
 {
     std::size_t same = 0;
@@ -123,7 +124,7 @@ inline Found DirectModel(const Text& file, const Text& section, const Text& key)
     bool found = false;
     std::size_t at = 0;
     while (!found && at < text.size())
-        at = Step(text, at, text[at] == '[' ? "[" + section + "]" : "\x01", found);
+        at = Step(text, at, text[at] == '[' ? "[" + section + "]" : "\x1A", found);
     if (!found)
         return {};
     const std::size_t end = text.find('\n', at);
@@ -132,7 +133,7 @@ inline Found DirectModel(const Text& file, const Text& section, const Text& key)
     {
         if (text[at] == '[')
             return {};
-        at = Step(text, at, text[at] == ';' || text[at] == '\r' ? "\x01" : key + "=", found);
+        at = Step(text, at, text[at] == ';' || text[at] == '\r' ? "\x1A" : key + "=", found);
     }
     return found ? TrimBlanks(text.substr(at, text.find('\n', at) - at).substr(0, 511)) : Found();
 }
