@@ -102,6 +102,15 @@ float Fraction(Input& controls)
     return byte < std::size(special) ? special[byte] : static_cast<float>(byte) / 251.0F;
 }
 
+// Likely 0 to `limit`, sometimes just outside or far away.
+int Near(Input& controls, int limit)
+{
+    const int outside[] = {
+        -1, -2, INT32_MIN, INT32_MAX, 1000, std::min(limit, 9999) + 1, 4 + std::min(limit, 9999)};
+    const int byte = controls.Byte();
+    return byte >= 240 ? outside[byte % 7] : byte % (std::clamp(limit, 0, 199) + 1);
+}
+
 void ShadeByDefinition(CTarvexDib& to, const CTarvexDib& first, const CTarvexDib& second, int strength)
 {
     const double k = strength * 7.8125e-5, f = 1.0 / (strength * 0.01 + 1.0);
@@ -200,8 +209,8 @@ void CheckRegions(const CTarvexDib& target, const CTarvexDib& source, const Byte
             [&](CTarvexDib& to) { definition::Resize(to, source, method); });
 
     const int width = source.Width(), height = source.Height();
-    const int left = controls.Number(), top = controls.Number();
-    const int right = controls.Number(), bottom = controls.Number();
+    const int left = Near(controls, width - 1), top = Near(controls, height - 1);
+    const int right = Near(controls, width), bottom = Near(controls, height);
     Check(
         "Clone", target,
         isTrueColor && left >= 0 && left < width && right >= left && right <= width && top >= 0 &&
@@ -209,8 +218,8 @@ void CheckRegions(const CTarvexDib& target, const CTarvexDib& source, const Byte
         [&](CTarvexDib& to) { return to.Clone(source, left, top, right, bottom); },
         [&](CTarvexDib& to) { definition::Clone(to, source, left, top, right, bottom); });
 
-    const int destX = controls.Number(), destY = controls.Number();
-    const int columns = controls.Number(), rowEnd = controls.Number();
+    const int destX = Near(controls, target.Width() - 1), destY = Near(controls, target.Height() - 1);
+    const int columns = Near(controls, width), rowEnd = Near(controls, height);
     const int someColumns = std::clamp(columns, -1, 10000);
     const auto isPixel = [](int x, int y, int inWidth, int inHeight)
     { return x >= 0 && y >= 0 && x < inWidth && y < inHeight; };
@@ -278,7 +287,7 @@ void CheckColors(const CTarvexDib& dib, Input controls)
                     definition::ChangeToTrueColor(to, withAlpha);
             });
 
-    const int count = controls.Number(), from = controls.Below(3);
+    const int count = Near(controls, FullTable(dib)), from = controls.Below(3);
     std::vector<tagRGBQUAD> colors(256);
     for (tagRGBQUAD& color : colors)
         color = {controls.Byte(), controls.Byte(), controls.Byte(), controls.Byte()};

@@ -562,7 +562,11 @@ private:
         const bool isCaptured = dib.Capture(dc, CRect(left, top, right, bottom));
         const bool isEmpty = width == 0 || height == 0;
         if (context == nullptr || std::abs(width) > 1000)
+        {
+            // Where there is no bitmap for it, the stock one takes its pixel.
+            m_bitmaps[m_stock].pixels = Read(m_stock, m_bitmaps[m_stock]);
             return Require(dib.BitCount() == 0 ? !isCaptured : isCaptured && isEmpty, "nothing is captured");
+        }
         Require(isCaptured && dib.BitCount() == 32, "a context is captured");
         if (isEmpty)
             return Require(dib.Width() == 1 && dib.Height() == 1, "of nothing there is one pixel");
