@@ -8,7 +8,6 @@
 
 #include <cstring>
 #include <map>
-#include <optional>
 
 using namespace fuzz;
 using test::Area;
