@@ -65,7 +65,8 @@ void ExactPixels(unsigned char* dst, int dstStep, const CTarvexDib& from, const 
     ActiveKernels().cubicPixels(dst, dstStep, rows, row.weight, columns, list, count, within, channels);
 }
 
-// Columns with a byte that is marked by 1. Gives how many. The seven marks that follow may be overwritten.
+// Columns with a marked byte; gives how many. Marks are 0 or 1, and the seven behind them may be written
+// over, as may the place in `list` behind the last column found.
 int MarkedColumns(int* list, unsigned char* marks, int columns, int channels)
 {
     const int bytes = channels * columns;
@@ -351,7 +352,7 @@ void ResizeLinear(const CTarvexDib& to, const CTarvexDib& from, double stepX, do
 
 void ResizeCubic(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels)
 {
-    constexpr int kLargestWhole = 16; // beyond, most of the pixels that SixthsRow adds up would go unused
+    constexpr int kLargestWhole = 16; // beyond, SixthsRow reads too much that it does not need
     const WholeSteps x(to.Width(), from.Width()), y(to.Height(), from.Height());
     if (x.denominator == 1 && y.denominator == 1 && x.numerator <= kLargestWhole)
         return ResizeBySixths(to, from, x.numerator, y.numerator, channels);

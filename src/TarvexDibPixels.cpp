@@ -24,6 +24,18 @@ bool IsTrueColor(const CTarvexDib& dib)
     return dib.BitCount() == 24 || dib.BitCount() == 32;
 }
 
+// The table takes 64 KiB of the stack, as nothing may be allocated; in a function of its own, so that no
+// other call pays for them.
+[[gnu::noinline]] void ShadeByTable(const CTarvexDib& to, const CTarvexDib& first, const CTarvexDib& second,
+                                    const zel::ShadeFactors& factors)
+{
+    zel::ShadeTable table;
+    zel::FillShadeTable(table, factors);
+    for (int row = 0; row < to.Height(); ++row)
+        zel::ShadeRowByTable(to.GetScanLine(row), to.PixelSize(), first.GetScanLine(row), first.PixelSize(),
+                             second.GetScanLine(row), second.PixelSize(), table, to.Width());
+}
+
 // No rows where the width is 0, however high the image is.
 int RowsWithPixels(const CTarvexDib& dib)
 {
@@ -185,19 +197,17 @@ bool CTarvexDib::ShadePerPixel(const CTarvexDib* const first, const CTarvexDib* 
     const zel::Kernels& kernels = zel::ActiveKernels();
     const zel::ShadeFactors factors(strength);
     const bool isPlain = strength != 100 && kernels.shadeRow == &zel::ShadeRow;
-    const bool byTable = isPlain && std::int64_t{m_width} * m_height >= kShadeTablePixels;
-    zel::ShadeTable table; // 64 KiB, on the stack, as nothing may be allocated
-    if (byTable)
-        zel::FillShadeTable(table, factors);
+    if (isPlain && std::int64_t{m_width} * m_height >= kShadeTablePixels)
+    {
+        ShadeByTable(*this, *first, *second, factors);
+        return true;
+    }
     for (int row = 0; row < RowsWithPixels(*this); ++row)
     {
         unsigned char* const to = GetScanLine(row);
         const unsigned char *const s1 = first->GetScanLine(row), *const s2 = second->GetScanLine(row);
         if (strength == 100)
             kernels.multiplyRow(to, m_pixelSize, s1, first->m_pixelSize, s2, second->m_pixelSize, m_width);
-        else if (byTable)
-            zel::ShadeRowByTable(to, m_pixelSize, s1, first->m_pixelSize, s2, second->m_pixelSize, table,
-                                 m_width);
         else
             kernels.shadeRow(to, m_pixelSize, s1, first->m_pixelSize, s2, second->m_pixelSize, factors,
                              m_width);

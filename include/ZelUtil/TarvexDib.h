@@ -130,7 +130,7 @@ public:
     /// packed form is header, colour table and pixels in one block. None of these operations throws. Buffers
     /// lie outside the image.
     ///
-    /// The header is written as the image holds it. Where its biClrUsed is not the colour count the file does
+    /// The header is written as the image holds it. Where its biClrUsed exceeds the colour count the file does
     /// not load again: after SetColorTable with a count of 0, and where memory gave more than 8 bits and a
     /// biClrUsed. In the packed form a table above 8 bits, which only a file can bring, is taken for pixels
     /// when it comes back.
@@ -200,8 +200,8 @@ public:
     /// The source takes this image's method. False, with both images unchanged: `source` is this image,
     /// either has fewer than 24 bits, or this image has pixels and the source has none. An image of width or
     /// height 0 has nothing to fill and gives true. std::bad_alloc where the tables of a call (at most 80
-    /// bytes per column and 8 per row) cannot be allocated; no pixel is written then, but the source has the
-    /// method.
+    /// bytes per column, 8 per row and 25 KB) cannot be allocated; no pixel is written then, but the source
+    /// has the method.
     bool Resize(CTarvexDib& source) const;
 
     /// @}

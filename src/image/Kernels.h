@@ -93,13 +93,13 @@ struct SmallDivisor
 void AddPairRows(unsigned char* out, const std::uint16_t* upper, const std::uint16_t* lower, int upperWeight,
                  int lowerWeight, const SmallDivisor& divisor, std::ptrdiff_t count);
 
-/// Most bytes of a source row that SixthsRow reads at a time.
+/// SixthsRow takes no more bytes of a source row than these.
 constexpr int kSixthsBytes = 4096;
 
 /// Each pixel as the sum of three in three rows, under (1, 4, 1) / 6 across and down, rounded to bytes; and 1
 /// where the sum lies on the border between two bytes, else 0. The first pixel's neighbourhood starts where
-/// the rows do, that of the next `step` bytes behind; a neighbour is `pixelSize` bytes away. Up to
-/// kSixthsBytes of each row are read.
+/// the rows do, that of the next `step` bytes behind; a neighbour is `pixelSize` bytes away. The
+/// step * (count - 1) + 3 * pixelSize bytes that this takes of each row are at most kSixthsBytes.
 void SixthsRow(unsigned char* out, unsigned char* undecided, const unsigned char* const (&rows)[3], int step,
                int pixelSize, int count, int channels);
 

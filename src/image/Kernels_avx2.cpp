@@ -164,8 +164,9 @@ inline void StoreColors(unsigned char* bytes, int step, Vector a)
     Store(bytes, Chosen(colors, a, Load<Vector>(bytes)));
 }
 
-/// GatherRow for the first pixels of as many bytes, while four of them lie within sixteen bytes; gives how
-/// many.
+/// GatherRow for the first pixels, of `channels` bytes in both rows; gives how many. Four at a time, as long
+/// as sixteen bytes from the first of them on hold them, as they do where a row grows; the last pixel of all
+/// tells how far the source may be read.
 inline int GatherNeighbours(unsigned char* dst, const unsigned char* src, const int* offsets, int count,
                             int channels)
 {

@@ -145,7 +145,7 @@ inline void StoreColors(unsigned char* bytes, int, Vector a)
     Store(bytes, Chosen(colors, a, Load<Vector>(bytes)));
 }
 
-/// Would need shuffles as well.
+/// Needs shuffles of bytes, too.
 inline int GatherNeighbours(unsigned char*, const unsigned char*, const int*, int, int)
 {
     return 0;
