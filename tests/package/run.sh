@@ -1,0 +1,152 @@
+#!/usr/bin/env bash
+# Checks what users get: an installed copy, packages, or a part of their own project. Programs are built with each,
+# and run. What is installed and packed are the libraries of the presets.
+source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/common.sh"
+
+need binutils cmake dpkg-dev g++ g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix libxcb1-dev ninja-build pkgconf \
+    unzip wine wine64
+work=$PWD/build/package
+rm -rf "$work"
+mkdir -p "$work/elsewhere"
+warnings="-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wold-style-cast -Werror"
+SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
+export SOURCE_DATE_EPOCH
+
+fail() {
+    echo "Packages: $*" >&2
+    exit 1
+}
+
+# Runs a command silently unless it fails.
+quietly() {
+    "$@" >"$work/log" 2>&1 || { cat "$work/log" >&2; fail "failed: $*"; }
+}
+
+# Builds the user's project and runs its programs, where they run: use NAME ARGUMENT... (for cmake).
+use() {
+    quietly cmake -S tests/package -B "$work/$1" -G Ninja -Werror=dev "${@:2}"
+    quietly cmake --build "$work/$1"
+}
+
+use_and_run() {
+    use "$@"
+    quietly ctest --test-dir "$work/$1" --output-on-failure --no-tests=error
+}
+
+# The same by pkg-config: use_pkg_config NAME LIBDIR
+use_pkg_config() {
+    local program=$work/$1-pkg-config
+    export PKG_CONFIG_LIBDIR=$2/pkgconfig
+    mkdir "$program"
+    # shellcheck disable=SC2046,SC2086
+    quietly g++ -std=c++20 $warnings -Wsign-conversion tests/package/main.cpp $(pkg-config --cflags --libs ZelUtil) -o "$program/shared"
+    # shellcheck disable=SC2046,SC2086
+    quietly g++ -std=c++20 $warnings -Wsign-conversion tests/package/main.cpp $(pkg-config --static --cflags --libs ZelUtilStatic) \
+        -o "$program/static"
+    readelf -d "$program/shared" | grep -q 'NEEDED.*libZelUtil\.so\.[0-9]' ||
+        fail "$program/shared does not ask for a version of the library"
+    ! readelf -d "$program/static" | grep -q 'NEEDED.*libZelUtil' || fail "$program/static needs the shared library"
+    (cd "$program" && LD_LIBRARY_PATH=$2 quietly ./shared && quietly ./static)
+}
+
+# Packs what a preset built: pack TREE PRESET GENERATOR ARGUMENT... (for cmake). They go to TREE/build/package/packages.
+pack() (
+    cd "$1"
+    quietly cmake --preset "$2" "${@:4}"
+    quietly cpack --config "build/$2/CPackConfig.cmake" -G "$3" -B "$PWD/build/package/packages"
+)
+
+same() {
+    local file
+    for file in "$@"; do
+        cmp "$file" "$work/elsewhere/$file" || fail "$file differs when built elsewhere"
+    done
+}
+
+echo "-- Headers, each alone"
+for preset in release mingw64; do
+    quietly build "$preset" ZelUtil_verify_interface_header_sets
+done
+
+echo "-- Installed"
+quietly cmake --install build/release --prefix "$work/installed"
+use_and_run find_package -DCMAKE_PREFIX_PATH="$work/installed" -DCMAKE_CXX_FLAGS="$warnings"
+use_pkg_config installed "$work/installed/lib"
+
+echo "-- Part of another project"
+use_and_run add_subdirectory -DZELUTIL_SOURCE="$PWD" -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS="$warnings" \
+    -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
+flags=$(grep '"command".*main.cpp' "$work/add_subdirectory/compile_commands.json" | head -n 1)
+expected="c++ -I$PWD/include $warnings -g -std=gnu++20 -o CMakeFiles/shared.dir/main.cpp.o "
+[[ $flags = *"$expected"* ]] || fail "the library adds flags: $flags"
+[ "$(ctest --test-dir "$work/add_subdirectory" -N | sed -n 's/^Total Tests: //p')" = 2 ] || fail "the library adds tests"
+quietly cmake --install "$work/add_subdirectory" --prefix "$work/add_subdirectory/installed"
+[ "$(cd "$work/add_subdirectory/installed" && find . -type f -o -type l)" = ./bin/shared ] ||
+    fail "the library installs itself with its host"
+
+echo "-- Built elsewhere"
+git ls-files -z --cached --others --exclude-standard | xargs -0 cp --parents -t "$work/elsewhere"
+for preset in release mingw64; do
+    (
+        cd "$work/elsewhere"
+        quietly cmake --preset "$preset" -DZELUTIL_TESTS=OFF -DZELUTIL_EXAMPLES=OFF
+        quietly cmake --build --preset "$preset"
+    )
+done
+same build/release/libZelUtil.{a,so} build/mingw64/{bin/ZelUtil.dll,libZelUtil.a,libZelUtil.dll.a}
+
+echo "-- Packages for Debian and others"
+for tree in . "$work/elsewhere"; do
+    pack "$tree" release DEB -DCMAKE_INSTALL_PREFIX=/usr # where Debian has a folder for each processor
+    pack "$tree" release TGZ -DCMAKE_INSTALL_PREFIX=/usr/local
+done
+same build/package/packages/*.deb build/package/packages/*.tar.gz
+
+runtime=$(echo "$work"/packages/libzelutil[0-9]*.deb)
+development=$(echo "$work"/packages/libzelutil-dev_*.deb)
+dpkg -x "$runtime" "$work/root"
+[ -z "$(find "$work/root" -type f -not -name 'libZelUtil.so.*')" ] || fail "$runtime has more than programs run with"
+dpkg -x "$development" "$work/root"
+depends() {
+    [[ "$(dpkg-deb --field "$1" Depends), " = *"$2"* ]] || fail "$1 does not depend on $2"
+}
+for library in libc6 libgcc-s1 libstdc++6 libxcb1; do
+    depends "$runtime" "$library"
+done
+depends "$development" "$(dpkg-deb --showformat='${Package} (= ${Version}), ' --show "$runtime")"
+depends "$development" "libxcb1-dev, "
+use_and_run deb -DCMAKE_PREFIX_PATH="$work/root/usr"
+use_pkg_config deb "$work/root/usr/lib/$(dpkg-architecture --query DEB_HOST_MULTIARCH)"
+
+mkdir "$work/unpacked"
+tar -xf "$work"/packages/*.tar.gz -C "$work/unpacked" --strip-components 1
+use_and_run tar -DCMAKE_PREFIX_PATH="$work/unpacked"
+
+echo "-- Packages for Windows"
+[ -n "${WINEPREFIX:-}" ] || start_wine
+pack . mingw64 ZIP
+pack "$work/elsewhere" mingw64 ZIP
+same build/package/packages/*.zip
+pack . mingw32 ZIP
+for preset in mingw64:x86_64 mingw32:i686; do
+    processor=${preset#*:}
+    preset=${preset%:*}
+    unzip -q "$work/packages/ZelUtil-*-Windows-$processor.zip" -d "$work/unpacked-$preset"
+    unpacked=$(echo "$work/unpacked-$preset"/*)
+    "$processor-w64-mingw32-objdump" -p "$unpacked"/bin/*.dll >"$work/log"
+    for library in $(sed -n 's/.*DLL Name: \(lib.*\)/\1/p' "$work/log"); do
+        [ -f "$unpacked/bin/$library" ] || fail "$library is not in the package for $processor"
+    done
+    mkdir "$work/$preset"
+    cp "$unpacked"/bin/*.dll "$work/$preset"
+    user=(use)
+    [ "$preset" = mingw32 ] || user=(use_and_run)
+    "${user[@]}" "$preset" --toolchain "$PWD/cmake/$preset.cmake" -DZelUtil_DIR="$unpacked/lib/cmake/ZelUtil" \
+        -DCMAKE_CXX_FLAGS="$warnings"
+done
+unpacked=$(echo "$work"/unpacked-mingw64/*)
+# shellcheck disable=SC2086
+quietly x86_64-w64-mingw32-g++-posix -std=c++20 -static $warnings -I"$unpacked/include" tests/package/load.cpp \
+    -o "$work/load.exe"
+quietly wine "$work/load.exe" "$(winepath -w "$unpacked/bin/ZelUtil.dll")"
+echo "as they should be"
