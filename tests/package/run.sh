@@ -9,7 +9,7 @@ work=$PWD/build/package
 rm -rf "$work"
 mkdir -p "$work/elsewhere"
 warnings="-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wold-style-cast -Werror"
-SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
+SOURCE_DATE_EPOCH=$(stat -c %Y CHANGELOG.md)
 export SOURCE_DATE_EPOCH
 
 fail() {
@@ -85,7 +85,7 @@ quietly cmake --install "$work/add_subdirectory" --prefix "$work/add_subdirector
     fail "the library installs itself with its host"
 
 echo "-- Built elsewhere"
-git ls-files -z --cached --others --exclude-standard | xargs -0 cp --parents -t "$work/elsewhere"
+tar -c --exclude=./build --exclude=./.git . | tar -x -C "$work/elsewhere"
 for preset in release mingw64; do
     (
         cd "$work/elsewhere"
