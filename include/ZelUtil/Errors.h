@@ -2,6 +2,7 @@
 
 #include "ZelUtil/StdStr.h"
 
+/// \file
 /// The error objects that the library throws, always by value, and that its callers may throw and catch too.
 /// Two families stand under one empty root: BasicError, whose source line is an `int`, and EStdException,
 /// whose source line is an `unsigned long`. All are plain values: they own copies of their texts, copy and
@@ -19,6 +20,7 @@ class ZELUTIL_API EBaseException
 {
 };
 
+/// The root of the errors whose source line is an `int`.
 class ZELUTIL_API BasicError : public EBaseException
 {
 public:
@@ -73,6 +75,7 @@ private:
     CStdStr<char> m_member;
 };
 
+/// The root of the errors whose source line is an `unsigned long`.
 class ZELUTIL_API EStdException : public EBaseException
 {
 public:

@@ -2,6 +2,7 @@
 
 #include "ZelUtil/Errors.h"
 
+/// \file
 /// A debug log for errors that a caller caught. It is off when the library is loaded. While it is on, each
 /// entry is appended as one line to "C:\Palmora.log" (/var/tmp/Palmora.log off Windows, never through a
 /// symbolic link), with a time stamp of day, month and local time, "5.3  9:7:2 >> ", before it:

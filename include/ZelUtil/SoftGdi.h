@@ -5,6 +5,7 @@
 
 #if defined(ZELUTIL_SOFT_GDI)
 
+/// \file
 /// Off Windows: the graphics calls behind CWinDib, and those that a caller needs to prepare and to look at
 /// what they draw, over memory. They have the names, arguments, results and pixels of the system's calls on a
 /// Windows machine whose display has 32 bits, and shows nothing: contexts and bitmaps in memory are whole,

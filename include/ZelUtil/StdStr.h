@@ -10,6 +10,7 @@
 template <typename CharT>
 class CStdStr;
 
+/// The string itself.
 template <>
 class ZELUTIL_API CStdStr<char> : public std::string
 {

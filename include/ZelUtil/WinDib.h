@@ -10,6 +10,7 @@
 /// copied. Attach and the Create functions are for objects that hold none.
 /// @{
 
+/// A rectangle: corners that are stored as they are given.
 class CRect : public tagRECT
 {
 public:
@@ -28,6 +29,7 @@ private:
     }
 };
 
+/// A device context.
 class CDC
 {
 public:
@@ -74,6 +76,7 @@ public:
     HDC m_hDC = nullptr;
 };
 
+/// What the wrappers of objects share: any object that a context selects.
 class CGdiObject
 {
 public:
@@ -102,6 +105,7 @@ public:
     HGDIOBJ m_hObject = nullptr;
 };
 
+/// A device bitmap.
 class CBitmap : public CGdiObject
 {
 public:
@@ -113,6 +117,7 @@ public:
     operator HBITMAP() const { return static_cast<HBITMAP>(m_hObject); }
 };
 
+/// A palette.
 class CPalette : public CGdiObject
 {
 public:

@@ -1,5 +1,6 @@
 #pragma once
 
+/// \file
 /// The bitmap records of the published BMP format and what the graphics calls take and give: the platform's
 /// own on Windows, the same names, layouts and values elsewhere.
 
@@ -66,6 +67,7 @@ using HWND = struct HWND__*;
 using HBITMAP = struct HBITMAP__*;
 using HPALETTE = struct HPALETTE__*;
 
+/// A rectangle of the columns left to right - 1 and the rows top to bottom - 1.
 struct tagRECT
 {
     LONG left;
@@ -88,6 +90,7 @@ struct tagBITMAP
 };
 using BITMAP = tagBITMAP;
 
+/// One colour of a palette. The flags play no part off Windows.
 struct tagPALETTEENTRY
 {
     BYTE peRed;

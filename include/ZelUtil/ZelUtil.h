@@ -1,5 +1,6 @@
 #pragma once
 
+/// \file
 /// The whole interface.
 
 #include "ZelUtil/BitmapCache.h"
