@@ -1,7 +1,8 @@
-# Checks that a page quotes a program as it is: cmake -DPAGE=page.md -DPROGRAM=program.cpp -P check_page.cmake
+# Checks that a page quotes a program, or another file, as it is:
+#   cmake -DPAGE=page.md -DPROGRAM=program.cpp -P check_page.cmake
 file(READ ${PAGE} page)
 file(READ ${PROGRAM} program)
-string(FIND "${page}" "```cpp\n${program}```\n" place)
+string(FIND "${page}" "\n${program}```\n" place)
 if(place EQUAL -1)
     message(FATAL_ERROR "${PAGE} does not quote ${PROGRAM} as it is")
 endif()

@@ -21,8 +21,15 @@ int main()
     if (!target.ShadePerPixel(&layer, &lake, 60) || !target.Save("shaded.bmp"))
         return 1;
 
-    const unsigned char* const key = layer.GetPixelFast(0, 0);
-    if (!target.TransparentBlend(&layer, &lake, key[2], key[1], key[0]) || !target.Save("keyed.bmp"))
+    // The key colour, magenta, is for where nothing of the badge is to be seen.
+    for (int y = 0; y < kHeight; ++y)
+        for (int x = 0; x < kWidth; ++x)
+            if (unsigned char* const pixel = layer.GetPixelFast(x, y); pixel[3] < 128)
+            {
+                pixel[0] = pixel[2] = 255;
+                pixel[1] = 0;
+            }
+    if (!target.TransparentBlend(&layer, &lake, 255, 0, 255) || !target.Save("keyed.bmp"))
         return 1;
 
     if (!lake.ChangeToTrueColor(true) || !lake.ColorMix(1.0F, 0.6F, 0.2F, 0.4F) || !lake.Save("mixed.bmp"))

@@ -12,7 +12,7 @@ int main()
     if (!dib.Load("palette.bmp"))
         return 1;
     std::printf("colours as the file states them: %d\n",
-                static_cast<int>((dib.GetDibLength() - 40 - dib.BytesPerScanLine() * dib.Height()) / 4));
+                (dib.GetDibLength() - 40 - dib.BytesPerScanLine() * dib.Height()) / 4);
 
     // Its pixels find their colours all the same ...
     CTarvexDib colours(dib);

@@ -8,8 +8,8 @@ int main()
     if (!picture.Load("map.bmp"))
         return 1;
 
-    // A context in memory and a bitmap of the screen's kind to draw on. A window's context takes the same
-    // calls.
+    // A context in memory and a bitmap of the screen's kind to draw on; a window's context is drawn on
+    // in the same way.
     CDC memory;
     CBitmap surface;
     const HDC screen = GetDC(nullptr);

@@ -4,7 +4,7 @@
 
 int main()
 {
-    // What fails in the ordinary course of things gives false, and writes nothing.
+    // What fails in the ordinary course of things gives false.
     CTarvexDib dib;
     std::printf("load: %s\n", dib.Load("missing.bmp") ? "true" : "false");
     std::printf("a depth of 12 bits: %s\n", dib.Create(4, 4, 12) ? "true" : "false");
