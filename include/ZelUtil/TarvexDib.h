@@ -130,9 +130,9 @@ public:
     /// packed form is header, colour table and pixels in one block. None of these operations throws. Buffers
     /// lie outside the image.
     ///
-    /// The header is written as the image holds it. Where its biClrUsed exceeds the colour count the file does
-    /// not load again: after SetColorTable with a count of 0, and where memory gave more than 8 bits and a
-    /// biClrUsed. In the packed form a table above 8 bits, which only a file can bring, is taken for pixels
+    /// The header is written as the image holds it. Where its biClrUsed exceeds the colour count the file
+    /// does not load again: after SetColorTable with a count of 0, and where memory gave more than 8 bits and
+    /// a biClrUsed. In the packed form a table above 8 bits, which only a file can bring, is taken for pixels
     /// when it comes back.
     /// @{
 
