@@ -101,8 +101,12 @@ void CheckOrder(const Bytes& first, const Bytes& second)
     Require(std::equal(a, a + 16, out), "an identifier gives back its bytes");
 
     unsigned char* const larger = isLess ? b : a;
-    for (unsigned char* byte = larger; byte != larger + 16 && ++*byte == 0;)
-        ++byte;
+    for (unsigned char* byte = larger; byte != larger + 16; ++byte)
+    {
+        *byte = static_cast<unsigned char>(*byte + 1);
+        if (*byte != 0)
+            break;
+    }
     try
     {
         Require(ZelId::create() == (isLess ? b : a), "the fresh one is next to the largest");
