@@ -268,14 +268,16 @@ int FullTable(const CTarvexDib& dib)
 
 void CheckColors(const CTarvexDib& dib, Input controls)
 {
-    for (const bool withAlpha : {false, true})
+    for (const int bits : {24, 32})
+    {
+        const bool stays = dib.BitCount() >= bits;
+        const bool fits = (std::int64_t{dib.Width()} * bits + 31) / 32 * 4 <= INT32_MAX; // without rows, too
         Check(
-            "ChangeToTrueColor", dib, true,
+            "ChangeToTrueColor", dib, stays || fits,
             [&](CTarvexDib& to)
             {
-                const bool stays = to.BitCount() >= (withAlpha ? 32 : 24);
-                const bool isDone = to.ChangeToTrueColor(withAlpha);
-                Require(stays || to.GetDibLength() == 40 + to.BytesPerScanLine() * to.Height(),
+                const bool isDone = to.ChangeToTrueColor(bits == 32);
+                Require(stays || !isDone || to.GetDibLength() == 40 + to.BytesPerScanLine() * to.Height(),
                         "no colours are left");
                 return isDone;
             },
@@ -283,9 +285,10 @@ void CheckColors(const CTarvexDib& dib, Input controls)
             {
                 if (to.BitCount() <= 8) // what the file's table lacks is black
                     to.SetColorTable(to.GetColorTable(), FullTable(to));
-                if (to.BitCount() < (withAlpha ? 32 : 24))
-                    definition::ChangeToTrueColor(to, withAlpha);
+                if (!stays)
+                    definition::ChangeToTrueColor(to, bits == 32);
             });
+    }
 
     const int count = Near(controls, FullTable(dib)), from = controls.Below(3);
     std::vector<tagRGBQUAD> colors(256);
