@@ -22,7 +22,7 @@ quietly() {
     "$@" >"$work/log" 2>&1 || { cat "$work/log" >&2; fail "failed: $*"; }
 }
 
-# Builds the user's project and runs its programs, where they run: use NAME ARGUMENT... (for cmake).
+# Builds the user's project: use NAME ARGUMENT... (for cmake)
 use() {
     quietly cmake -S tests/package -B "$work/$1" -G Ninja -Werror=dev "${@:2}"
     quietly cmake --build "$work/$1"
@@ -33,23 +33,21 @@ use_and_run() {
     quietly ctest --test-dir "$work/$1" --output-on-failure --no-tests=error
 }
 
-# The same by pkg-config: use_pkg_config NAME LIBDIR
+# Builds and runs its programs by pkg-config: use_pkg_config NAME LIBDIR
 use_pkg_config() {
     local program=$work/$1-pkg-config
     export PKG_CONFIG_LIBDIR=$2/pkgconfig
     mkdir "$program"
-    # shellcheck disable=SC2046,SC2086
-    quietly g++ -std=c++20 $warnings -Wsign-conversion tests/package/main.cpp $(pkg-config --cflags --libs ZelUtil) -o "$program/shared"
-    # shellcheck disable=SC2046,SC2086
-    quietly g++ -std=c++20 $warnings -Wsign-conversion tests/package/main.cpp $(pkg-config --static --cflags --libs ZelUtilStatic) \
-        -o "$program/static"
-    readelf -d "$program/shared" | grep -q 'NEEDED.*libZelUtil\.so\.[0-9]' ||
+    local compile="g++ -std=c++20 $warnings -Wsign-conversion tests/package/main.cpp"
+    quietly $compile $(pkg-config --cflags --libs ZelUtil) -o "$program/shared"
+    quietly $compile $(pkg-config --static --cflags --libs ZelUtilStatic) -o "$program/static"
+    [[ $(readelf -d "$program/shared") = *'[libZelUtil.so.'[0-9]* ]] ||
         fail "$program/shared does not ask for a version of the library"
-    ! readelf -d "$program/static" | grep -q 'NEEDED.*libZelUtil' || fail "$program/static needs the shared library"
+    [[ $(readelf -d "$program/static") != *libZelUtil* ]] || fail "$program/static needs the shared library"
     (cd "$program" && LD_LIBRARY_PATH=$2 quietly ./shared && quietly ./static)
 }
 
-# Packs what a preset built: pack TREE PRESET GENERATOR ARGUMENT... (for cmake). They go to TREE/build/package/packages.
+# Packs what a preset built, into TREE/build/package/packages: pack TREE PRESET GENERATOR ARGUMENT... (for cmake)
 pack() (
     cd "$1"
     quietly cmake --preset "$2" "${@:4}"
@@ -69,6 +67,7 @@ for preset in release mingw64; do
 done
 
 echo "-- Installed"
+quietly cmake --preset release -DCMAKE_INSTALL_PREFIX=/usr/local # which decides how folders are named
 quietly cmake --install build/release --prefix "$work/installed"
 use_and_run find_package -DCMAKE_PREFIX_PATH="$work/installed" -DCMAKE_CXX_FLAGS="$warnings"
 use_pkg_config installed "$work/installed/lib"
@@ -76,10 +75,11 @@ use_pkg_config installed "$work/installed/lib"
 echo "-- Part of another project"
 use_and_run add_subdirectory -DZELUTIL_SOURCE="$PWD" -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS="$warnings" \
     -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
-flags=$(grep '"command".*main.cpp' "$work/add_subdirectory/compile_commands.json" | head -n 1)
+flags=$(grep -m 1 '"command".*shared.dir/main.cpp' "$work/add_subdirectory/compile_commands.json")
 expected="c++ -I$PWD/include $warnings -g -std=gnu++20 -o CMakeFiles/shared.dir/main.cpp.o "
 [[ $flags = *"$expected"* ]] || fail "the library adds flags: $flags"
-[ "$(ctest --test-dir "$work/add_subdirectory" -N | sed -n 's/^Total Tests: //p')" = 2 ] || fail "the library adds tests"
+tests=$(ctest --test-dir "$work/add_subdirectory" -N | sed -n 's/^Total Tests: //p')
+[ "$tests" = 2 ] || fail "the library adds tests: $tests, not 2"
 quietly cmake --install "$work/add_subdirectory" --prefix "$work/add_subdirectory/installed"
 [ "$(cd "$work/add_subdirectory/installed" && find . -type f -o -type l)" = ./bin/shared ] ||
     fail "the library installs itself with its host"
@@ -145,7 +145,6 @@ for preset in mingw64:x86_64 mingw32:i686; do
         -DCMAKE_CXX_FLAGS="$warnings"
 done
 unpacked=$(echo "$work"/unpacked-mingw64/*)
-# shellcheck disable=SC2086
 quietly x86_64-w64-mingw32-g++-posix -std=c++20 -static $warnings -I"$unpacked/include" tests/package/load.cpp \
     -o "$work/load.exe"
 quietly wine "$work/load.exe" "$(winepath -w "$unpacked/bin/ZelUtil.dll")"
