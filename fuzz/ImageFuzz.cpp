@@ -12,6 +12,9 @@
 #include <limits>
 
 using namespace fuzz;
+using test::HasPixels;
+using test::IsTrueColor;
+using test::SameSize;
 
 namespace
 {
@@ -32,21 +35,6 @@ const std::vector<const zel::Kernels*>& KernelSets()
         return all;
     }();
     return sets;
-}
-
-bool HasPixels(const CTarvexDib& dib)
-{
-    return dib.Width() > 0 && dib.Height() > 0;
-}
-
-bool IsTrueColor(const CTarvexDib& dib)
-{
-    return dib.BitCount() >= 24;
-}
-
-bool SameSize(const CTarvexDib& a, const CTarvexDib& b)
-{
-    return a.Width() == b.Width() && a.Height() == b.Height();
 }
 
 // Runs `operation` on copies of `target`, once per kernel set. Where it is admitted, `define` tells the

@@ -47,21 +47,6 @@ Bytes State(const CTarvexDib& dib)
     return state;
 }
 
-bool HasPixels(const CTarvexDib& dib)
-{
-    return dib.Width() > 0 && dib.Height() > 0;
-}
-
-bool IsTrueColor(const CTarvexDib& dib)
-{
-    return dib.BitCount() >= 24;
-}
-
-bool SameSize(const CTarvexDib& a, const CTarvexDib& b)
-{
-    return a.Width() == b.Width() && a.Height() == b.Height();
-}
-
 bool Within(std::int64_t at, std::int64_t size)
 {
     return at >= 0 && at < size;

@@ -143,4 +143,19 @@ inline void WriteFile(const std::string& path, const Bytes& bytes)
         .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
 
+inline bool HasPixels(const CTarvexDib& dib)
+{
+    return dib.Width() > 0 && dib.Height() > 0;
+}
+
+inline bool IsTrueColor(const CTarvexDib& dib)
+{
+    return dib.BitCount() >= 24;
+}
+
+inline bool SameSize(const CTarvexDib& a, const CTarvexDib& b)
+{
+    return a.Width() == b.Width() && a.Height() == b.Height();
+}
+
 } // namespace test
