@@ -27,6 +27,13 @@ def run(*command, to=subprocess.DEVNULL):
     subprocess.run(command, check=True, stdin=subprocess.DEVNULL, stdout=to, stderr=subprocess.DEVNULL)
 
 
+def says(text, *command):
+    """Whether there is such a program and it says so: others may have its name."""
+    if shutil.which(command[0]) is None:
+        return False
+    return text in subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True).stdout
+
+
 def run_to(path, *command):
     with open(path, "wb") as file:
         run(*command, to=file)
@@ -76,7 +83,7 @@ PROGRAMS = [
             {"1": 2, "L": 256, "P": 256, "RGB": 5000, "RGBA": 5000},
             pil_write,
             lambda: Image.open(BMP).convert("RGB").save(OTHER)),
-    Program("ImageMagick", shutil.which("convert"),
+    Program("ImageMagick", says("ImageMagick", "convert", "-version"),
             {f"{options} {form}": colors for form in ["BMP2:", "BMP3:", "BMP:"]
              for options, colors in [("-type bilevel", 2), ("-type palette -colors 16", 16),
                                      ("-type palette -colors 256 -compress none", 256),
@@ -85,7 +92,7 @@ PROGRAMS = [
                                      ("-define bmp:subtype=RGB555", 5000), ("-define bmp:subtype=RGB565", 5000)]},
             lambda kind: run("convert", SOURCE, *kind.split()[:-1], kind.split()[-1] + BMP),
             lambda: run("convert", BMP, "-alpha", "off", "-depth", "8", "-type", "truecolor", "ppm:" + OTHER)),
-    Program("ffmpeg", shutil.which("ffmpeg"),
+    Program("ffmpeg", says("ffmpeg", "ffmpeg", "-version"),
             {kind: 5000 for kind in ["bgra", "bgr24", "rgb565le", "rgb555le", "rgb444le", "rgb8", "bgr8", "rgb4_byte",
                                      "bgr4_byte", "gray", "pal8", "monob"]},
             lambda kind: run("ffmpeg", "-y", "-i", SOURCE, "-pix_fmt", kind, BMP),
