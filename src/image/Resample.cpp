@@ -60,7 +60,7 @@ void CubicPixelRow(unsigned char* dst, int dstStep, const unsigned char* const (
     for (int i = 0; i < count; ++i, dst += dstStep)
     {
         const CubicTap& tap = columns[i];
-        double sum[kChannels] = {};
+        double sum[4] = {};
         for (int j = 0; j < 4; ++j)
             for (int k = 0; k < 4; ++k)
             {
