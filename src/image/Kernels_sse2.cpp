@@ -166,9 +166,8 @@ inline int PairPixels(std::uint16_t* out, const unsigned char* src, const zel::P
         std::memcpy(&right, first + columns.step, sizeof right);
         const __m128i pairs = _mm_unpacklo_epi8(_mm_cvtsi32_si128(left), _mm_cvtsi32_si128(right));
         const __m128i both = _mm_unpacklo_epi8(_mm_set1_epi16(weights), zero);
-        const __m128i low = _mm_madd_epi16(_mm_unpacklo_epi8(pairs, zero), both);
-        const __m128i high = _mm_madd_epi16(_mm_unpackhi_epi8(pairs, zero), both);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packs_epi32(low, high));
+        const __m128i sums = _mm_madd_epi16(_mm_unpacklo_epi8(pairs, zero), both);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packs_epi32(sums, sums));
     }
     return columns.whole;
 }
