@@ -86,6 +86,23 @@ void PutNumber(unsigned char* bytes, std::uint32_t number)
 
 } // namespace
 
+void Sample(const CTarvexDib& from, CTarvexDib::InterpolMethod method, double x, double y, int channels,
+            unsigned char* out)
+{
+    double sums[4];
+    if (method == CTarvexDib::InterpolCubic)
+        Cubic(from, x, y, channels, sums);
+    for (int c = 0; c < channels; ++c)
+    {
+        if (method == CTarvexDib::InterpolNearest)
+            out[c] = At(from, static_cast<int>(x + 0.5), static_cast<int>(y + 0.5))[c];
+        else if (method == CTarvexDib::InterpolBiLinear)
+            out[c] = static_cast<unsigned char>(Bilinear(from, x, y, c) + 0.5);
+        else
+            out[c] = static_cast<unsigned char>(sums[c] + 0.5);
+    }
+}
+
 void Resize(CTarvexDib& to, const CTarvexDib& from, CTarvexDib::InterpolMethod method)
 {
     const double sx = static_cast<double>(from.Width()) / to.Width();
@@ -94,22 +111,7 @@ void Resize(CTarvexDib& to, const CTarvexDib& from, CTarvexDib::InterpolMethod m
     double y = 0.0;
     for (int r = 0; r < to.Height(); ++r, y += sy)
         for (int i = 0; i < to.Width(); ++i)
-        {
-            const double x = i * sx;
-            unsigned char* const out = to.GetPixelFast(i, r);
-            double sums[4];
-            if (method == CTarvexDib::InterpolCubic)
-                Cubic(from, x, y, channels, sums);
-            for (int c = 0; c < channels; ++c)
-            {
-                if (method == CTarvexDib::InterpolNearest)
-                    out[c] = At(from, static_cast<int>(x + 0.5), static_cast<int>(y + 0.5))[c];
-                else if (method == CTarvexDib::InterpolBiLinear)
-                    out[c] = static_cast<unsigned char>(Bilinear(from, x, y, c) + 0.5);
-                else
-                    out[c] = static_cast<unsigned char>(sums[c] + 0.5);
-            }
-        }
+            Sample(from, method, i * sx, y, channels, to.GetPixelFast(i, r));
 }
 
 void AlphaBlendPerPixel(CTarvexDib& to, const CTarvexDib& first, const CTarvexDib& second)
@@ -158,8 +160,11 @@ void ShadePerPixel(CTarvexDib& to, const CTarvexDib& first, const CTarvexDib& se
                  {
                      const unsigned char *const s1 = At(first, x, y), *const s2 = At(second, x, y);
                      for (int c = 0; c < 3; ++c)
-                         to.GetPixelFast(x, y)[c] =
-                             static_cast<unsigned char>(((s1[c] - 128.0) * k + 1.0) * (s2[c] * f));
+                     {
+                         const double value = ((s1[c] - 128.0) * k + 1.0) * (s2[c] * f);
+                         to.GetPixelFast(x, y)[c] = static_cast<unsigned char>(
+                             std::isnan(value) ? 0.0 : std::clamp(value, 0.0, 255.0));
+                     }
                  });
 }
 

@@ -10,6 +10,9 @@
 namespace definition
 {
 
+// One pixel of an image, at a place that need not be a whole pixel's.
+void Sample(const CTarvexDib& from, CTarvexDib::InterpolMethod method, double x, double y, int channels,
+            unsigned char* out);
 void Resize(CTarvexDib& to, const CTarvexDib& from, CTarvexDib::InterpolMethod method);
 
 void AlphaBlendPerPixel(CTarvexDib& to, const CTarvexDib& first, const CTarvexDib& second);

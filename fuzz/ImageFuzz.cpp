@@ -4,10 +4,9 @@
 #include "Fuzz.h"
 
 #include "Definitions.h"
+#include "KernelSets.h"
 #include "ZelUtil/TarvexDib.h"
-#include "image/Kernels.h"
 
-#include <cmath>
 #include <functional>
 #include <limits>
 
@@ -22,21 +21,6 @@ namespace
 constexpr std::size_t kControlBytes = 32;
 constexpr int kMaxPixels = 1024;
 
-const std::vector<const zel::Kernels*>& KernelSets()
-{
-    static const std::vector<const zel::Kernels*> sets = []
-    {
-        std::vector<const zel::Kernels*> all = {&zel::kPlainKernels};
-#if defined(__x86_64__) || defined(__i386__)
-        all.push_back(&zel::kSse2Kernels);
-        if (__builtin_cpu_supports("avx2"))
-            all.push_back(&zel::kAvx2Kernels);
-#endif
-        return all;
-    }();
-    return sets;
-}
-
 // Runs `operation` on copies of `target`, once per kernel set. Where it is admitted, `define` tells the
 // outcome.
 void Check(const char* name, const CTarvexDib& target, bool isAdmitted,
@@ -45,18 +29,18 @@ void Check(const char* name, const CTarvexDib& target, bool isAdmitted,
     CTarvexDib expected(target);
     if (isAdmitted && HasPixels(target))
         define(expected);
-    for (const zel::Kernels* const set : KernelSets())
-    {
-        zel::ForceKernels(set);
-        CTarvexDib result(target);
-        Require(operation(result) == isAdmitted, std::string(name) + " says whether it is admitted");
-        Require(SameSize(result, expected), std::string(name) + " leaves the size");
-        Require(!HasPixels(target) || (result.BitCount() == expected.BitCount() &&
-                                       test::PixelBytes(result) == test::PixelBytes(expected)),
-                std::string(name) + " gives the pixels of its definition");
-        if (!isAdmitted)
-            Require(test::Packed(result) == test::Packed(target), std::string(name) + " changes nothing");
-    }
+    test::ByEveryKernelSet(
+        [&]
+        {
+            CTarvexDib result(target);
+            Require(operation(result) == isAdmitted, std::string(name) + " says whether it is admitted");
+            Require(SameSize(result, expected), std::string(name) + " leaves the size");
+            Require(!HasPixels(target) || (result.BitCount() == expected.BitCount() &&
+                                           test::PixelBytes(result) == test::PixelBytes(expected)),
+                    std::string(name) + " gives the pixels of its definition");
+            if (!isAdmitted)
+                Require(test::Packed(result) == test::Packed(target), std::string(name) + " changes nothing");
+        });
 }
 
 // A picture of 8, 24 or 32 bits with the bytes of the input, again and again.
@@ -99,20 +83,6 @@ int Near(Input& controls, int limit)
     return byte >= 240 ? outside[byte % 7] : byte % (std::clamp(limit, 0, 199) + 1);
 }
 
-void ShadeByDefinition(CTarvexDib& to, const CTarvexDib& first, const CTarvexDib& second, int strength)
-{
-    const double k = strength * 7.8125e-5, f = 1.0 / (strength * 0.01 + 1.0);
-    for (int y = 0; y < to.Height(); ++y)
-        for (int x = 0; x < to.Width(); ++x)
-            for (int c = 0; c < 3; ++c)
-            {
-                const double value =
-                    ((first.GetPixelFast(x, y)[c] - 128.0) * k + 1.0) * (second.GetPixelFast(x, y)[c] * f);
-                to.GetPixelFast(x, y)[c] =
-                    static_cast<unsigned char>(std::isnan(value) ? 0.0 : std::clamp(value, 0.0, 255.0));
-            }
-}
-
 void CheckBlends(const CTarvexDib& target, const CTarvexDib& a, const CTarvexDib& b, Input controls)
 {
     // Sources: a and b, the target itself, or none.
@@ -141,7 +111,7 @@ void CheckBlends(const CTarvexDib& target, const CTarvexDib& a, const CTarvexDib
     Check(
         "ShadePerPixel", target, isAdmitted,
         [&](CTarvexDib& to) { return to.ShadePerPixel(first(to), second(to), strength); },
-        [&](CTarvexDib& to) { ShadeByDefinition(to, *first(to), *second(to), strength); });
+        [&](CTarvexDib& to) { definition::ShadePerPixel(to, *first(to), *second(to), strength); });
 
     // A key that stands somewhere in the picture.
     const int x = controls.Byte(), y = controls.Byte();
@@ -359,6 +329,5 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     CTarvexDib trueColor(dib);
     if (!IsTrueColor(dib) && trueColor.ChangeToTrueColor(way % 2 == 0))
         CheckAll(trueColor, file, controls);
-    zel::ForceKernels(nullptr);
     return 0;
 }

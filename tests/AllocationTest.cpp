@@ -1,6 +1,6 @@
 #include "DebugLog.h"
 #include "FailingAllocator.h"
-#include "image/Kernels.h"
+#include "KernelSets.h"
 
 #include "ZelUtil/BitmapCache.h"
 #include "ZelUtil/CVar.h"
@@ -179,21 +179,21 @@ TEST(Allocation, BlendingAndCopyingNeedNone)
 {
     CTarvexDib target = RandomPicture(256, 257, 32); // large enough for tables to pay
     const CTarvexDib source = RandomPicture(256, 257, 32), plane = RandomPicture(256, 257, 8);
-    for (const zel::Kernels* const kernels : {&zel::kPlainKernels, static_cast<const zel::Kernels*>(nullptr)})
-    {
-        zel::ForceKernels(kernels);
-        FailAllocation(0);
-        const bool done =
-            target.AlphaBlendPerPixel(&source, &source) && target.AlphaBlend(&source, &source, 9) &&
-            target.TransparentBlend(&source, &source, 1, 2, 3) &&
-            target.ShadePerPixel(&source, &source, 50) && target.SetAlphaPlane(&plane) &&
-            target.TransparentAlpha(1, 2, 3, true) && target.ColorMix(0.1F, 0.2F, 0.3F, 0.4F) &&
-            target.AlphaAlpha(3) && target.resetAlpha() && target.CopyRect(0, 0, source, 1, 1, 9, 7);
-        const bool failed = AllocationFailed();
-        FailAllocation(-1);
-        EXPECT_TRUE(done);
-        EXPECT_FALSE(failed);
-    }
+    ByEveryKernelSet(
+        [&]
+        {
+            FailAllocation(0);
+            const bool done =
+                target.AlphaBlendPerPixel(&source, &source) && target.AlphaBlend(&source, &source, 9) &&
+                target.TransparentBlend(&source, &source, 1, 2, 3) &&
+                target.ShadePerPixel(&source, &source, 50) && target.SetAlphaPlane(&plane) &&
+                target.TransparentAlpha(1, 2, 3, true) && target.ColorMix(0.1F, 0.2F, 0.3F, 0.4F) &&
+                target.AlphaAlpha(3) && target.resetAlpha() && target.CopyRect(0, 0, source, 1, 1, 9, 7);
+            const bool failed = AllocationFailed();
+            FailAllocation(-1);
+            EXPECT_TRUE(done);
+            EXPECT_FALSE(failed);
+        });
 }
 
 TEST(Allocation, CacheStaysAsItWas)
@@ -317,25 +317,6 @@ TEST(Allocation, IniReaderHoldsNoFileAfterAFailure)
             result.shrink_to_fit();
             EXPECT_EQ(LiveBlocks(), blocks);
         }
-
-    std::optional<INIFileReader> reader;
-    CStdStr<char> name;
-    bool done = false;
-    const int allocations = FailEach(
-        [&]
-        {
-            reader.emplace();
-            name = "as it was";
-        },
-        [&] { done = reader->getFirstSectionName(small, name); },
-        [&](int)
-        {
-            EXPECT_FALSE(done);
-            EXPECT_EQ(name, "as it was");
-            EXPECT_TRUE(reader->getFirstSectionName(small, name));
-        });
-    EXPECT_TRUE(done);
-    EXPECT_EQ(allocations, 1);
 }
 
 TEST(Allocation, ListingsSkipNoNameWithoutSayingSo)

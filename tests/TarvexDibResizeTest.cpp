@@ -1,7 +1,5 @@
-#include "Pictures.h"
+#include "AsDefined.h"
 
-#include <cmath>
-#include <gtest/gtest.h>
 #include <type_traits>
 
 using namespace test;
@@ -10,63 +8,6 @@ using Method = CTarvexDib::InterpolMethod;
 namespace
 {
 
-// The samplers as they are defined, one pixel and one channel at a time.
-
-double Spline(double t)
-{
-    const double u = 2.0 - t;
-    return t <= 1.0 ? 0.5 * t * t * t - t * t + 0.6666666666666666 : u * u * u * 0.16666666666666666;
-}
-
-// The pixel that tap k reads around pixel i.
-int TapIndex(int length, int i, int k)
-{
-    constexpr int table[4][4] = {{0, 0, 1, 2}, {-1, 0, 1, 2}, {-1, 0, 1, 1}, {-1, 0, 0, 0}};
-    const int tapClass = (i > length - 3) + (i > length - 2) + (i > 0);
-    return std::clamp(i + table[tapClass][k], 0, length - 1); // the limits matter for one and two pixels only
-}
-
-int Sample(const CTarvexDib& dib, int method, double x, double y, int c)
-{
-    const auto pixel = [&](int column, int row) { return dib.GetPixelFast(column, row)[c]; };
-    const int lastX = dib.Width() - 1, lastY = dib.Height() - 1;
-    if (method == 0)
-        return pixel(std::min(static_cast<int>(x + 0.5), lastX), std::min(static_cast<int>(y + 0.5), lastY));
-
-    const int ix = static_cast<int>(x), iy = static_cast<int>(y);
-    if (method == 1)
-    {
-        const double fx = x - ix, fy = y - iy, w11 = fx * fy;
-        const int right = std::min(ix + 1, lastX), below = std::min(iy + 1, lastY);
-        return static_cast<int>(pixel(ix, iy) * (1 - fx - fy + w11) + pixel(right, below) * w11 +
-                                pixel(ix, below) * (fy - w11) + pixel(right, iy) * (fx - w11) + 0.5);
-    }
-    double sum = 0;
-    for (int j = 0; j < 4; ++j)
-        for (int k = 0; k < 4; ++k)
-        {
-            const double weight = Spline(std::fabs(j - (y - iy + 1))) * Spline(std::fabs(k - (x - ix + 1)));
-            sum += pixel(TapIndex(dib.Width(), ix, k), TapIndex(dib.Height(), iy, j)) * weight;
-        }
-    return static_cast<int>(sum + 0.5);
-}
-
-// The whole pixel array of `to` after a resize.
-Bytes Resized(const CTarvexDib& to, const CTarvexDib& from, int method)
-{
-    Bytes bytes = PixelBytes(to);
-    const double stepX = static_cast<double>(from.Width()) / to.Width();
-    const double stepY = static_cast<double>(from.Height()) / to.Height();
-    double y = 0;
-    for (int row = 0; row < to.Height(); ++row, y += stepY)
-        for (int i = 0; i < to.Width(); ++i)
-            for (int c = 0; c < std::min(to.PixelSize(), from.PixelSize()); ++c)
-                bytes[static_cast<std::size_t>(to.GetPixelFast(i, row) - to.GetScanLine(0) + c)] =
-                    static_cast<unsigned char>(Sample(from, method, i * stepX, y, c));
-    return bytes;
-}
-
-// One row of grey pixels, as blue values there and back.
 CTarvexDib GreyRows(const std::vector<int>& values, int height, int bits)
 {
     CTarvexDib dib;
@@ -134,9 +75,15 @@ TEST(TarvexDibResize, EqualsTheDefinitionEverywhere)
         {300, 800}, {410, 900}, {400, 400}, {1200, 300}, {64, 4},  {102, 6}, {33, 11}};
     for (int i = 0; i < 60; ++i)
         scales.emplace_back(RandomInt(1, 40), RandomInt(1, 40));
+    for (int i = 0; i < 40; ++i) // whole steps, up to 16 and beyond
+    {
+        const int to = RandomInt(2, 40);
+        scales.emplace_back(to * RandomInt(1, 17), to);
+    }
     for (const auto& [from, to] : scales)
         for (int mix = 0; mix < 4; ++mix)
-            for (int method = 0; method < 3; ++method)
+            for (const auto method :
+                 {CTarvexDib::InterpolNearest, CTarvexDib::InterpolBiLinear, CTarvexDib::InterpolCubic})
             {
                 CTarvexDib source = RandomPicture(from, RandomInt(1, 9), mix & 1 ? 24 : 32);
                 for (int i = 0; i < source.BytesPerScanLine() * source.Height() && to % 3 < 2; ++i)
@@ -146,16 +93,18 @@ TEST(TarvexDibResize, EqualsTheDefinitionEverywhere)
                 }
                 const int likewise = std::max(source.Height() * to / from, 1); // often by the same factor
                 const int heights[] = {RandomInt(1, 20), likewise, source.Height()};
-                const int height = heights[RandomInt(0, 2)];
-                CTarvexDib dib = RandomPicture(to, std::min(height, 40), mix & 2 ? 24 : 32);
-                dib.SetupInterpolMethod(static_cast<Method>(method));
-                const Bytes expected = Resized(dib, source, method);
-                ASSERT_TRUE(dib.Resize(source));
-                ASSERT_EQ(PixelBytes(dib), expected)
-                    << source.Width() << " x " << source.Height() << " of " << source.BitCount()
-                    << " bits to " << dib.Width() << " x " << dib.Height() << " of " << dib.BitCount()
-                    << ", method " << method;
-                EXPECT_EQ(source.GetInterpolMethod(), method);
+                const int height = std::min(heights[RandomInt(0, 2)], 40);
+                const CTarvexDib target = RandomPicture(to, height, mix & 2 ? 24 : 32);
+                SCOPED_TRACE(testing::Message() << "from " << source.Width() << " x " << source.Height()
+                                                << " of " << source.BitCount() << " bits, method " << method);
+                ASSERT_NO_FATAL_FAILURE(ExpectAsDefined(
+                    target,
+                    [&](CTarvexDib& dib)
+                    {
+                        dib.SetupInterpolMethod(method);
+                        return dib.Resize(source) && source.GetInterpolMethod() == method;
+                    },
+                    [&](CTarvexDib& dib) { definition::Resize(dib, source, method); }));
             }
 }
 
@@ -165,9 +114,12 @@ TEST(TarvexDibResize, MethodsFitTheDepth)
     EXPECT_EQ(dib.m_sampler, Probe::Nearest());
     dib.SetupInterpolMethod(CTarvexDib::InterpolCubic);
     EXPECT_EQ(dib.GetInterpolMethod(), CTarvexDib::InterpolNearest);
-    ASSERT_TRUE(dib.Create(1, 1, 8));
-    dib.SetupInterpolMethod(CTarvexDib::InterpolCubic);
-    EXPECT_EQ(dib.GetInterpolMethod(), CTarvexDib::InterpolNearest);
+    for (const int bits : {8, 16})
+    {
+        static_cast<CTarvexDib&>(dib) = FromPacked(RandomPacked(1, 1, bits, 0, bits == 8 ? 256 : 0));
+        dib.SetupInterpolMethod(CTarvexDib::InterpolCubic);
+        EXPECT_EQ(dib.GetInterpolMethod(), CTarvexDib::InterpolNearest);
+    }
     ASSERT_TRUE(dib.Create(1, 1, 32));
     dib.SetupInterpolMethod(CTarvexDib::InterpolBiLinear);
     EXPECT_EQ(dib.m_sampler, Probe::LinearQuad());
@@ -191,11 +143,12 @@ TEST(TarvexDibResize, SamplersWriteOnePixel)
             for (const double x : {0.0, 0.49, 0.5, 1.25, 2.75, 3.0, 3.9})
                 for (const double y : {0.0, 0.49, 0.5, 1.8, 2.9})
                 {
-                    unsigned char out[6] = {1, 2, 3, 4, 5, 6};
-                    dib.Sample(x, y, out);
-                    for (int c = 0; c < 6; ++c)
-                        EXPECT_EQ(out[c], c < dib.PixelSize() ? Sample(dib, method, x, y, c) : c + 1)
-                            << bits << " bits, method " << method << " at " << x << ", " << y;
+                    Bytes out = {1, 2, 3, 4, 5, 6}, expected = out;
+                    definition::Sample(dib, static_cast<Method>(method), x, y, dib.PixelSize(),
+                                       expected.data());
+                    dib.Sample(x, y, out.data());
+                    EXPECT_EQ(out, expected)
+                        << bits << " bits, method " << method << " at " << x << ", " << y;
                 }
         }
 }
@@ -227,24 +180,26 @@ TEST(TarvexDibResize, SamplersThatStayedFromBeforeAreSafe)
     EXPECT_EQ(PixelBytes(dib), (Bytes{20, 20, 20, 255, 22, 22, 22, 255, 0, 0, 0, 255, 2, 2, 2, 255}));
 }
 
-TEST(TarvexDibResize, RefusalsTouchNeitherImage)
+TEST(TarvexDibResize, TheSourceTakesTheMethodOnlyWithTheResize)
 {
-    CTarvexDib colour = RandomPicture(3, 3, 32), palette = RandomPicture(3, 3, 8), empty, flat, low;
-    CTarvexDib words = FromPacked(RandomPacked(3, 3, 16, 0, 0));
+    CTarvexDib colour = RandomPicture(3, 3, 32), palette = RandomPicture(3, 3, 8), flat, low;
     ASSERT_TRUE(flat.Create(0, 3, 24) && low.Create(3, 0, 24));
     colour.SetupInterpolMethod(CTarvexDib::InterpolCubic);
-    const Bytes before = PixelBytes(colour);
-    for (CTarvexDib* source : {&colour, &palette, &words, &empty, &flat, &low})
-        EXPECT_FALSE(colour.Resize(*source));
-    EXPECT_EQ(PixelBytes(colour), before);
+    EXPECT_FALSE(colour.Resize(colour));
+    EXPECT_FALSE(colour.Resize(flat) || palette.Resize(colour));
     EXPECT_EQ(flat.GetInterpolMethod(), CTarvexDib::InterpolNearest);
-    EXPECT_FALSE(palette.Resize(colour));
-    EXPECT_FALSE(words.Resize(colour));
-    words.SetupInterpolMethod(CTarvexDib::InterpolCubic);
-    EXPECT_EQ(words.GetInterpolMethod(), CTarvexDib::InterpolNearest);
-    EXPECT_FALSE(empty.Resize(colour));
     EXPECT_EQ(colour.GetInterpolMethod(), CTarvexDib::InterpolCubic);
     EXPECT_TRUE(flat.Resize(colour)); // nothing to fill, but the source takes the method
     EXPECT_EQ(colour.GetInterpolMethod(), CTarvexDib::InterpolNearest);
     EXPECT_TRUE(low.Resize(flat));
+}
+
+TEST(TarvexDibResize, SmallDivisorsDivideEveryNumber)
+{
+    for (int divisor = 2; divisor <= 127; ++divisor)
+    {
+        const zel::SmallDivisor small(divisor);
+        for (int number = 0; 2 * number <= 511 * divisor; ++number)
+            ASSERT_EQ(number * small.multiplier >> 16 >> small.shift, number / divisor) << number;
+    }
 }
