@@ -135,12 +135,12 @@ TEST(Allocation, FailedCopyTellsWhichBlockWasRefused)
 
 TEST(Allocation, TablesOfResizeAndCloneFailBeforeTheFirstPixel)
 {
-    for (int round = 0; round < 24; ++round) // depths, methods, larger and smaller than the source
+    for (int round = 0; round < 36; ++round) // depths, methods, larger and smaller, by a whole step as well
     {
         CTarvexDib source = RandomPicture(50, 50, round & 1 ? 24 : 32), dib;
-        const int size = round & 4 ? 90 : 9, bits = round & 2 ? 24 : 32;
+        const int sizes[] = {90, 9, 25}, size = sizes[round / 4 % 3], bits = round & 2 ? 24 : 32;
         const CTarvexDib target = RandomPicture(size, size, bits);
-        const auto method = static_cast<CTarvexDib::InterpolMethod>(round / 8);
+        const auto method = static_cast<CTarvexDib::InterpolMethod>(round / 12);
         const Bytes before = PixelBytes(target);
         const struct
         {
@@ -167,7 +167,7 @@ TEST(Allocation, TablesOfResizeAndCloneFailBeforeTheFirstPixel)
                     EXPECT_EQ(PixelBytes(dib), before) << failed;
                     EXPECT_EQ(source.GetInterpolMethod(), method) << failed;
                 });
-            EXPECT_GE(allocations, 2);
+            EXPECT_GE(allocations, 1);
             EXPECT_NE(PixelBytes(dib), before);
             dib.Empty();
             EXPECT_EQ(LiveBlocks(), blocks);

@@ -1,5 +1,7 @@
 #include "DebugLog.h"
 
+#include "ZelUtil/OSDependant.h"
+
 #include <ctime>
 
 using namespace test;
@@ -61,6 +63,9 @@ TEST(ExceptionLog, EntriesStandInFileAndEcho)
                           "1.1  0:0:0 >> B: %d 100%% %s%n FILE = b LINE = -1\n"
                           "1.1  0:0:0 >> B:  FILE =  LINE = -2147483648\n"
                           "31.12  23:59:60 >> C::C( 1, 2 ): no FILE = c LINE = 3\n");
+    unsigned short seconds = 0, minutes = 0, hours = 0;
+    OSDependant::getTime(&seconds, &minutes, &hours);
+    EXPECT_TRUE(seconds == 59 && minutes == 59 && hours == 23); // no leap second here
 }
 
 TEST(ExceptionLog, MessagesEndAfter1023Characters)

@@ -16,8 +16,9 @@ using namespace test;
 namespace
 {
 
-// The ends of an int, a square of more than 2^31 bytes, and what fits the pictures here.
-constexpr int kEnds[] = {INT_MIN, INT_MIN + 1, -1, 0, 1, 2, 3, 256, 46341, INT_MAX - 1, INT_MAX};
+// The ends of an int, a square of more than 2^31 bytes, pixels that fit without their header alone, and what
+// fits the pictures here.
+constexpr int kEnds[] = {INT_MIN, INT_MIN + 1, -1, 0, 1, 2, 3, 256, 46341, 536870911, INT_MAX - 1, INT_MAX};
 
 CWinDib Picture(int width, int height, int bits)
 {
@@ -62,8 +63,9 @@ void ForEnds(int count, const std::function<void(const int* numbers)>& use)
     for (int i = 0; i < combinations; ++i)
     {
         for (int rest = i, k = 0; k < count; ++k, rest /= kNumbers)
-            numbers[k] = all || RandomInt(0, 2) == 0 ? kEnds[all ? rest % kNumbers : RandomInt(0, 10)]
-                                                     : RandomInt(0, 3);
+            numbers[k] = all || RandomInt(0, 2) == 0
+                             ? kEnds[all ? rest % kNumbers : RandomInt(0, kNumbers - 1)]
+                             : RandomInt(0, 3);
         use(numbers);
     }
 }

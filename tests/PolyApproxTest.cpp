@@ -240,7 +240,31 @@ TEST(PolyApprox, PivotsAreTheLargestAndTheFirst)
             EXPECT_EQ(approx.GetCoefficients().yCoeff[i], c.y[i]) << i;
         }
     }
-    CPolyApprox approx; // no pivot is too small
+
+    // Points that need it: by the largest signed number instead, coefficients are off by more than 1.
+    ControlPoints points = {{{268, 684},
+                             {331, 711},
+                             {-669, -840},
+                             {983, -519},
+                             {-414, 954},
+                             {469, -494},
+                             {-650, -867},
+                             {320, 797},
+                             {-744, -646},
+                             {-792, -905},
+                             {845, -126},
+                             {-631, 774}},
+                            {},
+                            12};
+    for (int k = 0; k < points.count; ++k)
+        for (int i = 0; i < 10; ++i)
+            points.target[k].x += TermByPowers(i, points.source[k].x, points.source[k].y);
+    CPolyApprox approx;
+    ASSERT_TRUE(approx.SetupPolynom(points, 3));
+    for (const double coefficient : approx.GetCoefficients().xCoeff)
+        EXPECT_NEAR(coefficient, 1, 1e-3);
+
+    // No pivot is too small.
     EXPECT_TRUE(approx.SetupPolynom({{{0, 0}, {1e-7, 0}, {0, 1e-7}, {1e-7, 1e-7}}, {}, 4}, 1));
 }
 

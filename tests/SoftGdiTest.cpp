@@ -8,7 +8,7 @@
 namespace
 {
 
-// A palette device for as long as this object lives; colour i is (i, 255 - i, i / 2).
+// A palette device for as long as this object lives; colour i is (i, 255 - i, i / 2), but for a white one.
 struct PaletteScreen
 {
     PaletteScreen()
@@ -16,6 +16,7 @@ struct PaletteScreen
         std::vector<PALETTEENTRY> colors;
         for (int i = 0; i < 256; ++i)
             colors.push_back({static_cast<BYTE>(i), static_cast<BYTE>(255 - i), static_cast<BYTE>(i / 2), 0});
+        colors[200] = {255, 255, 255, 0};
         EXPECT_TRUE(SetSoftScreen(640, 480, 8, colors.data(), 256));
     }
 
@@ -57,6 +58,16 @@ TEST(SoftGdi, PaletteDevicesStoreIndices)
     EXPECT_EQ(GetPixel(memory, 0, 0), 0x00FF00U); // entry 0: green
     EXPECT_EQ(GetPixel(memory, 1, 0), 0x329B64U); // entry 100
     EXPECT_EQ(GetPixel(memory, 2, 0), 0x7F00FFU); // entry 255
+
+    // Copied to a bitmap of one bit, it is colours that count.
+    CDC other;
+    CBitmap mono;
+    ASSERT_TRUE(other.CreateCompatibleDC(nullptr) && mono.Attach(CreateBitmap(4, 1, 1, 1, nullptr)));
+    SetPixel(memory, 3, 0, 0xFFFFFF);
+    SelectObject(other, mono.m_hObject);
+    EXPECT_TRUE(BitBlt(other, 0, 0, 4, 1, memory, 0, 0, SRCCOPY));
+    EXPECT_TRUE(GetPixel(other, 3, 0) == 0xFFFFFFU && GetPixel(other, 2, 0) == 0);
+    SelectObject(other, stock);
 
     // A captured picture has the colours of the first 255 entries; the last index has none.
     CWinDib dib;

@@ -50,7 +50,7 @@ std::vector<Operation> AllOperations(int alpha)
     const auto byte = static_cast<unsigned char>(alpha);
     const float weight = static_cast<float>(alpha) / 255.0F;
     std::vector<Operation> all = Blends(alpha);
-    all.push_back(Shade(alpha));
+    all.push_back(Shade(alpha == 0 ? 100 : alpha)); // 100 has a way of its own
     all.insert(
         all.end(),
         {{"SetAlphaPlane", 8, 32, [](auto& to, auto* first, auto*) { return to.SetAlphaPlane(first); },
@@ -192,8 +192,8 @@ TEST(TarvexDibBlend, EveryOperationEqualsItsDefinition)
             {
                 const int firstBits = operation.firstBits != 0 ? operation.firstBits : mix & 1 ? 24 : 32;
                 const int targetBits = operation.targetBits != 0 ? operation.targetBits : mix & 4 ? 24 : 32;
-                const CTarvexDib first = picture(firstBits), second = picture(mix & 2 ? 24 : 32),
-                                 target = picture(targetBits);
+                const CTarvexDib first = picture(firstBits), target = picture(targetBits),
+                                 second = RandomPicture(width, 3, mix & 2 ? 24 : 32);
                 ASSERT_NO_FATAL_FAILURE(ExpectAsDefined(operation, target, first, second));
                 for (int aliases = 1; aliases < 4 && operation.targetBits == 0; ++aliases)
                     ASSERT_NO_FATAL_FAILURE(ExpectAsDefined(operation, first, first, second, aliases));

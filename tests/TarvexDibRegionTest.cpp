@@ -91,6 +91,15 @@ TEST(TarvexDibClone, EqualsTheDefinition)
     }
 }
 
+TEST(TarvexDibClone, StepsThatAddUpToMoreThanTheSource)
+{
+    const CTarvexDib source = RandomPicture(1, 1048577, 24);
+    ExpectAsDefined(
+        RandomPicture(1, 200000, 24),
+        [&](CTarvexDib& to) { return to.Clone(source, 0, 1048576, 1, 1048577); },
+        [&](CTarvexDib& to) { definition::Clone(to, source, 0, 1048576, 1, 1048577); });
+}
+
 TEST(TarvexDibClone, ColumnsAreCutBeforeTheyAreShifted)
 {
     const CTarvexDib source = RandomPicture(4, 1, 24), dib = RandomPicture(98, 1, 24);
@@ -147,4 +156,10 @@ TEST(TarvexDibCopyRect, FromRowsThatAreNotThereOrItsOwn)
     EXPECT_EQ(PixelBytes(quad), before);
     EXPECT_TRUE(quad.CopyRect(1, 2, quad.GetScanLine(0), 4, 1, 32, 0, 0, 3, 1)); // shifted by a pixel
     EXPECT_TRUE(std::equal(before.begin(), before.begin() + 12, quad.GetScanLine(0) + 4));
+
+    const CTarvexDib column =
+        RandomPicture(1, 3, 32); // from the top down, so that the first row comes through
+    const Bytes top(column.GetScanLine(2), column.GetScanLine(2) + 4);
+    EXPECT_TRUE(column.CopyRect(0, 1, column.GetScanLine(0), 1, 3, 32, 0, 0, 1, 2));
+    EXPECT_EQ(Bytes(column.GetScanLine(0), column.GetScanLine(0) + 4), top);
 }
