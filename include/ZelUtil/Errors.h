@@ -10,10 +10,10 @@
 /// standard allocation failure of its texts.
 ///
 /// The texts, in every class:
-///   methode   the operation that failed: class name, two colons, operation name; or a short phrase
-///   msg       what happened, for a person
-///   file      the source file of the throwing statement
-///   line      its line there
+/// - methode: the operation that failed: class name, two colons, operation name; or a short phrase
+/// - msg: what happened, for a person
+/// - file: the source file of the throwing statement
+/// - line: its line there
 
 /// Catches every error of both families.
 class ZELUTIL_API EBaseException

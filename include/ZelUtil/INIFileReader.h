@@ -10,12 +10,12 @@ ZELUTIL_CONST_RESULTS_BEGIN
 
 /// Reads values and section names out of INI files; never writes one. Two engines find values:
 ///
-///   indexed  parses a file once into an index and answers from it until another file is asked for. Strict: a
-///            file with a malformed line gives no value at all. An empty value counts as not found.
-///   direct   keeps the text of a file and scans it for every request. Lenient: it skips what it does not
-///            understand; where a name that has matched so far breaks off at a blank, it tries again behind
-///            that blank, so "ab abc=1" answers for the key "abc". A line that begins with "[" ends a
-///            section, with or without its "]". An empty value is a found one.
+/// - indexed: parses a file once into an index and answers from it until another file is asked for. Strict: a
+///   file with a malformed line gives no value at all. An empty value counts as not found.
+/// - direct: keeps the text of a file and scans it for every request. Lenient: it skips what it does not
+///   understand; where a name that has matched so far breaks off at a blank, it tries again behind that
+///   blank, so "ab abc=1" answers for the key "abc". A line that begins with "[" ends a section, with or
+///   without its "]". An empty value is a found one.
 ///
 /// Both read "[section]" headers and "key=value" lines, ignore the letter case of both names (as std::toupper
 /// sees it), take the first section and the first key of a name, skip blanks (space, tab) before a line's

@@ -9,12 +9,11 @@
 /// otherwise. Where memory runs out, the call fails.
 ///
 /// Handles cross as plain pointers, so that callers need no platform types:
-///   window    the address of the variable that holds the window's handle: an HWND on Windows; elsewhere an
-///             X11 window, whose identifier is the 4 bytes there. Null is no window. X11 windows need a
-///             library that was built with libxcb, and the display that DISPLAY names; without one, none
-///             exists.
-///   library   the handle itself, in the shape of a `char*`
-///   function  an address that the caller casts to the function's type
+/// - window: the address of the variable that holds the window's handle: an HWND on Windows; elsewhere an X11
+///   window, whose identifier is the 4 bytes there. Null is no window. X11 windows need a library that was
+///   built with libxcb, and the display that DISPLAY names; without one, none exists.
+/// - library: the handle itself, in the shape of a `char*`
+/// - function: an address that the caller casts to the function's type
 namespace OSDependant
 {
 
@@ -79,13 +78,12 @@ ZELUTIL_API const bool CreateDir(const CStdStr<char>& dirName, const void* const
 
 /// Lists the entries of a folder, files and folders alike, "." and ".." left out, whose names match.
 ///
-///   directory  the folder; empty for the current one. Where it does not end in "\", one joins it to the
-///              pattern.
-///   pattern    a name with the wildcards of Windows: "*" any characters, "?" any one (or none, before a "."
-///              and at the end), "*.*" everything; letter case plays no part. Where it has an extension (from
-///              its last "." on), an entry's own extension has to match that once more, and more strictly:
-///              "?" is one character and "*" one or more. So "*.*" finds no name without a "." and "*.htm" no
-///              "a.html".
+/// - directory: the folder; empty for the current one. Where it does not end in "\", one joins it to the
+///   pattern.
+/// - pattern: a name with the wildcards of Windows: "*" any characters, "?" any one (or none, before a "."
+///   and at the end), "*.*" everything; letter case plays no part. Where it has an extension (from its last
+///   "." on), an entry's own extension has to match that once more, and more strictly: "?" is one character
+///   and "*" one or more. So "*.*" finds no name without a "." and "*.htm" no "a.html".
 ///
 /// Gives the number of names, and in `*list` a new array of them, which the caller releases by delete[].
 /// Their order is the system's; off Windows that is by bytes. With nothing to list: 0, `*list` unchanged.

@@ -7,8 +7,8 @@
 
 /// A colour of four fractions, meant to lie within 0.0 to 1.0; nothing confines them to it.
 ///
-///   byte to fraction   byte * k, rounded once to float, with k the float nearest to 1/255 (0x3B808081)
-///   fraction to byte   fraction * 255.0, truncated towards zero, never rounded: 0.5 gives 127
+/// - byte to fraction: byte * k, rounded once to float, with k the float nearest to 1/255 (0x3B808081)
+/// - fraction to byte: fraction * 255.0, truncated towards zero, never rounded: 0.5 gives 127
 ///
 /// Every byte survives the way there and back. Outside 0.0 to 1.0 a byte is the low eight bits of the
 /// truncated product, whatever its size (1.5 gives 126, -0.1 gives 231); what is not a finite number gives 0.

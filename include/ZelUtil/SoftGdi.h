@@ -11,15 +11,15 @@
 /// Windows machine whose display has 32 bits, and shows nothing: contexts and bitmaps in memory are whole,
 /// what is drawn on the screen is lost.
 ///
-///   Handles   checked: a null, stale or foreign one makes the call fail as on Windows. Nearly 65,000
-///             can live at a time; nothing is released but by the calls for it.
-///   Bitmaps   of 1 bit and of the screen's depth can be selected and drawn on; CreateBitmap makes those of
-///             1, 8, 16, 24 and 32 bits, whose pixels GetDIBits reads.
-///   Drawing   source pixels become those of the target: as they are at 32 bits, the fourth byte too (0 from
-///             fewer bits); white where they are white, else black, at 1 bit; the nearest of the screen's
-///             colours at 8 bits. SetPixel and CreateDIBitmap choose the nearer of black and white. Only
-///             SRCCOPY and DIB_RGB_COLORS are known.
-///   Threads   may call at the same time, as long as no two use one context.
+/// - Handles: a null, stale or foreign one makes the call fail as on Windows. Nearly 65,000 can live at a
+///   time; nothing is released but by the calls for it.
+/// - Bitmaps: those of 1 bit and of the screen's depth can be selected and drawn on; CreateBitmap makes those
+///   of 1, 8, 16, 24 and 32 bits, whose pixels GetDIBits reads.
+/// - Drawing: source pixels become those of the target: as they are at 32 bits, the fourth byte too (0 from
+///   fewer bits); white where they are white, else black, at 1 bit; the nearest of the screen's colours at 8
+///   bits. SetPixel and CreateDIBitmap choose the nearer of black and white. Only SRCCOPY and DIB_RGB_COLORS
+///   are known.
+/// - Threads: they may call at the same time, as long as no two use one context.
 ///
 /// The stock bitmap is that of a fresh memory context, and what an empty size gives: 1 x 1 at 1 bit.
 

@@ -12,15 +12,15 @@ ZELUTIL_CONST_RESULTS_BEGIN
 /// A raster image in memory, laid out as the BMP format lays it out: a header block (an info header of 40
 /// bytes, then the colour table) and, apart from it, the pixel array.
 ///
-///   Depths    1, 4 and 8 bits per pixel (indices into the colour table; the leftmost pixel in the high
-///             bits), 16 (5 bits each of blue, green, red from the low end), 24 (blue, green, red) and 32
-///             (blue, green, red, alpha). Create makes 8, 24 and 32; the loaders take all six.
-///   Rows      filled up to a multiple of four bytes, stored from the bottom row of the picture upward.
-///   Pixels    addressed with x to the right and y downward from the top row: picture row y is stored row
-///             Height() - 1 - y. GetScanLine alone counts stored rows.
-///   Alpha     an opacity: 0 is transparent, 255 opaque.
-///   Limits    width and height are not negative (0 is allowed), and header, colours and pixels together
-///             have at most 2^31 - 1 bytes.
+/// - Depths: 1, 4 and 8 bits per pixel (indices into the colour table; the leftmost pixel in the high bits),
+///   16 (5 bits each of blue, green, red from the low end), 24 (blue, green, red) and 32 (blue, green, red,
+///   alpha). Create makes 8, 24 and 32; the loaders take all six.
+/// - Rows: filled up to a multiple of four bytes, stored from the bottom row of the picture upward.
+/// - Pixels: addressed with x to the right and y downward from the top row: picture row y is stored row
+///   Height() - 1 - y. GetScanLine alone counts stored rows.
+/// - Alpha: 0 is transparent, 255 opaque.
+/// - Limits: width and height are not negative (0 is allowed), and header, colours and pixels together have
+///   at most 2^31 - 1 bytes.
 ///
 /// An image is either empty or holds a picture. It is a value: copies are deep. It has no locks; several
 /// threads may read one image while none changes it (Resize changes the image that it reads from). Operations
