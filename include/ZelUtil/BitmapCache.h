@@ -43,8 +43,8 @@ public:
     ZELUTIL_CONST_RESULTS_BEGIN
     /// The image of the name, loaded with CTarvexDib::Load(path) where the cache does not hold it. Null where
     /// it cannot be loaded; that is not remembered, so the next call tries again. A hit costs no file access
-    /// and no allocation. Where memory for the cache's own records runs out, std::bad_alloc leaves the cache
-    /// as it was.
+    /// and, apart from the name as it is passed, no allocation. Where memory for the cache's own records runs
+    /// out, std::bad_alloc leaves the cache as it was.
     CTarvexDib* const getBitmap(CStdStr<char> fileName);
     ZELUTIL_CONST_RESULTS_END
 

@@ -5,15 +5,20 @@
 /// \file
 /// A debug log for errors that a caller caught. It is off when the library is loaded. While it is on, each
 /// entry is appended as one line to "C:\Palmora.log" (/var/tmp/Palmora.log off Windows, never through a
-/// symbolic link), with a time stamp of day, month and local time, "5.3  9:7:2 >> ", before it:
+/// symbolic link), behind the day, the month and the local time:
+///
+///     5.3  9:7:2 >> ENTRY
+///
+/// ENTRY has one of these forms, the first for BasicError and EStdException (UE there is one letter, 0xDC in
+/// Windows-1252):
 ///
 ///     METHODE: MSG FILE = FILE LINE = LINE
 ///     METHODE: MSG MEMBERLOG FUER MEMBER  FILE = FILE LINE = LINE
 ///     METHODE: MSG PARAMETERLOG FUER PARAMETER  FILE = FILE LINE = LINE
 ///     METHODE( PARAMETERS ): MSG FILE = FILE LINE = LINE
 ///
-/// (UE there is one letter, 0xDC in Windows-1252), and repeated without the time stamp, behind a line end, on
-/// standard error. An entry ends after 1,023 characters, the time stamp not counted. The line stands there as
+/// It ends after 1,023 characters, and is repeated, behind a line end, on standard error. The form is that of
+/// the type by which the error was caught; ENotFound and EFileAccess, which have no texts, have none. LINE is
 /// a signed number of 32 bits. An entry whose file cannot be opened is lost, and standard error says so in
 /// German. The file is open during the call only, and grows without bound. Nothing here throws, but for the
 /// copy of an error that is handed over by value.

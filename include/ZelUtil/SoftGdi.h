@@ -18,7 +18,7 @@
 /// - Drawing: source pixels become those of the target: as they are at 32 bits, the fourth byte too (0 from
 ///   fewer bits); white where they are white, else black, at 1 bit; the nearest of the screen's colours at 8
 ///   bits. SetPixel and CreateDIBitmap choose the nearer of black and white. Only SRCCOPY and DIB_RGB_COLORS
-///   are known.
+///   are known, and HALFTONE, by which Windows interpolates, draws as COLORONCOLOR does.
 /// - Threads: they may call at the same time, as long as no two use one context.
 ///
 /// The stock bitmap is that of a fresh memory context, and what an empty size gives: 1 x 1 at 1 bit.
@@ -38,7 +38,7 @@ ZELUTIL_API HDC CreateCompatibleDC(HDC dc);
 ZELUTIL_API BOOL DeleteDC(HDC dc);
 ZELUTIL_API int GetDeviceCaps(HDC dc, int index);
 ZELUTIL_API int GetStretchBltMode(HDC dc);
-ZELUTIL_API int SetStretchBltMode(HDC dc, int mode); ///< HALFTONE draws as COLORONCOLOR does
+ZELUTIL_API int SetStretchBltMode(HDC dc, int mode);
 /// @}
 
 /// \name Objects

@@ -146,9 +146,10 @@ public:
     /// Takes in a BMP file from the stream's current position; the stream stays open. The colour count is
     /// biClrUsed as the file states it (see SetColorTable about 0). The header block is read for its whole
     /// length, up to where the file says that the pixels start. Pixel bytes that a truncated file lacks are
-    /// 0. False, with the image empty: not a BMP file, an info header of another length, compression, a depth
-    /// or size that is not supported, a header block too short for its table, no pixel byte at all (also
-    /// where width or height is 0), memory running out.
+    /// 0; memory for all pixels that the header states is taken as soon as the file has a byte of them.
+    /// False, with the image empty: not a BMP file, an info header of another length, compression, a depth or
+    /// size that is not supported, a header block too short for its table, no pixel byte at all (also where
+    /// width or height is 0), memory running out.
     bool Load(std::FILE* stream);
 
     /// Opens the file and loads from it. False with the image unchanged where it cannot be opened.
@@ -256,9 +257,9 @@ public:
     /// \name Conversion and regions
     /// @{
 
-    /// Converts this image to 32 bits (`withAlpha`) or 24, unless it has as many already. Alpha becomes 255,
-    /// 5-bit channels widen by v << 3 | v >> 2, and an index beyond the colour table in the header block is
-    /// black. The colour count becomes 0.
+    /// Converts this image to 32 bits (`withAlpha`) or 24; one that has as many or more stays as it is, which
+    /// is true as well. Alpha becomes 255, 5-bit channels widen by v << 3 | v >> 2, and an index beyond the
+    /// colour table in the header block is black. The colour count becomes 0.
     /// False for an empty image, a result beyond the limits and where memory runs out.
     bool ChangeToTrueColor(bool withAlpha);
 

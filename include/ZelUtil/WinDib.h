@@ -137,8 +137,10 @@ public:
     /// Copies the rectangle of `hdc`, in its logical coordinates, into this image: 32 bits, as wide and high
     /// as `rect`. What lies outside the context is black; an empty rectangle gives one black pixel. The
     /// fourth byte is whatever the device delivers. On a palette device colours are those of the system
-    /// palette's first 255 entries, or of its whole palette where memory for those runs out. False, with the
-    /// image empty, for a bad context, extents beyond an int, and where memory or handles run out.
+    /// palette's first 255 entries, or of its whole palette where memory for those runs out. What a
+    /// rectangle with right left of left, or bottom above top, gives is up to the system (off Windows true,
+    /// and an image that is black but for a row, a column or a pixel). False, with the image empty, for a bad
+    /// context, extents beyond an int, and where memory or handles run out.
     bool Capture(HDC const hdc, const CRect& rect);
 
     /// A new device bitmap for the screen with this picture, which the caller deletes by DeleteObject. Null
