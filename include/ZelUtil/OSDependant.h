@@ -4,9 +4,9 @@
 
 #include <cstdio>
 
-/// Thin services of the operating system, the same on every platform. Nothing here throws, keeps state or
-/// writes a log: a failure is `false`, null or 0, and then what was to be filled is as before unless said
-/// otherwise. Where memory runs out, the call fails.
+/// Thin services of the operating system, the same on every platform. But for ActivateDebugLog, which belongs
+/// to the log, nothing here throws, keeps state or writes a log: a failure is `false`, null or 0, and then
+/// what was to be filled is as before unless said otherwise. Where memory runs out, the call fails.
 ///
 /// Handles cross as plain pointers, so that callers need no platform types:
 /// - window: the address of the variable that holds the window's handle: an HWND on Windows; elsewhere an X11
@@ -78,8 +78,8 @@ ZELUTIL_API const bool CreateDir(const CStdStr<char>& dirName, const void* const
 
 /// Lists the entries of a folder, files and folders alike, "." and ".." left out, whose names match.
 ///
-/// - directory: the folder; empty for the current one. Where it does not end in "\", one joins it to the
-///   pattern.
+/// - directory: the folder; empty for the current one. Where it does not end in a backslash, one joins it
+///   to the pattern.
 /// - pattern: a name with the wildcards of Windows: "*" any characters, "?" any one (or none, before a "."
 ///   and at the end), "*.*" everything; letter case plays no part. Where it has an extension (from its last
 ///   "." on), an entry's own extension has to match that once more, and more strictly: "?" is one character
@@ -88,8 +88,8 @@ ZELUTIL_API const bool CreateDir(const CStdStr<char>& dirName, const void* const
 /// Gives the number of names, and in `*list` a new array of them, which the caller releases by delete[].
 /// Their order is the system's; off Windows that is by bytes. With nothing to list: 0, `*list` unchanged.
 ///
-/// Off Windows this call, and no other, takes "\" for a separator of folders as well as "/"; letter case
-/// plays no part for A to Z only.
+/// Off Windows this call, and no other, takes a backslash for a separator of folders as well as "/"; letter
+/// case plays no part for A to Z only.
 ZELUTIL_API const unsigned long GetFileListInDirectory(const CStdStr<char>& directory,
                                                        const CStdStr<char>& pattern,
                                                        CStdStr<char>** const list);

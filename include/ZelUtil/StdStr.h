@@ -4,13 +4,13 @@
 
 #include <string>
 
-/// The string type of the whole interface: a narrow standard string with a few conveniences. It is made from
-/// a text or from another string; all that std::string does with a string then works here too, ordering and
-/// comparison (byte by byte) included. Only `char` exists.
+/// Only CStdStr<char> exists.
 template <typename CharT>
 class CStdStr;
 
-/// The string itself.
+/// The string type of the whole interface: a narrow standard string with a few conveniences. It is made from
+/// a text or from another string; all that std::string does with a string then works here too, ordering and
+/// comparison (byte by byte) included.
 template <>
 class ZELUTIL_API CStdStr<char> : public std::string
 {
