@@ -276,6 +276,8 @@ bool CTarvexDib::Clone(const CTarvexDib& src, int left, int top, int right, int 
         return false;
     if (top < 0 || top >= src.m_height || bottom < top || bottom > src.m_height)
         return false;
+    if (m_width == 0 || m_height == 0)
+        return true;
 
     const double stepX = static_cast<double>(right - left) / m_width;
     const double stepY = static_cast<double>(bottom - top) / m_height;
@@ -284,14 +286,13 @@ bool CTarvexDib::Clone(const CTarvexDib& src, int left, int top, int right, int 
 
     // Rounding errors of very many steps could add up to one row too many.
     double y = top;
-    const auto rows = zel::ColumnTable(RowsWithPixels(*this),
+    const auto rows = zel::ColumnTable(m_height,
                                        [&](int row)
                                        {
                                            y += row == 0 ? 0.0 : stepY;
                                            return std::min(static_cast<int>(y), src.m_height - 1);
                                        });
-    if (m_width > 0)
-        zel::GatherRows(*this, src, columns.get(), rows.get(), std::min(m_pixelSize, src.m_pixelSize), true);
+    zel::GatherRows(*this, src, columns.get(), rows.get(), std::min(m_pixelSize, src.m_pixelSize), true);
     return true;
 }
 

@@ -177,7 +177,8 @@ TEST(Allocation, TablesOfResizeAndCloneFailBeforeTheFirstPixel)
 
 TEST(Allocation, BlendingAndCopyingNeedNone)
 {
-    CTarvexDib target = RandomPicture(256, 257, 32); // large enough for tables to pay
+    CTarvexDib target = RandomPicture(256, 257, 32), flat; // large enough for tables to pay
+    ASSERT_TRUE(flat.Create(500000000, 0, 32));
     const CTarvexDib source = RandomPicture(256, 257, 32), plane = RandomPicture(256, 257, 8);
     ByEveryKernelSet(
         [&]
@@ -188,7 +189,8 @@ TEST(Allocation, BlendingAndCopyingNeedNone)
                 target.TransparentBlend(&source, &source, 1, 2, 3) &&
                 target.ShadePerPixel(&source, &source, 50) && target.SetAlphaPlane(&plane) &&
                 target.TransparentAlpha(1, 2, 3, true) && target.ColorMix(0.1F, 0.2F, 0.3F, 0.4F) &&
-                target.AlphaAlpha(3) && target.resetAlpha() && target.CopyRect(0, 0, source, 1, 1, 9, 7);
+                target.AlphaAlpha(3) && target.resetAlpha() && target.CopyRect(0, 0, source, 1, 1, 9, 7) &&
+                flat.Clone(source, 0, 0, 9, 7);
             const bool failed = AllocationFailed();
             FailAllocation(-1);
             EXPECT_TRUE(done);
