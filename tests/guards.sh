@@ -11,6 +11,8 @@ case $2 in
         report=$("$1" -p "$2")
         demand DYNAMIC_BASE "always loaded at the same address"
         demand NX_COMPAT "its data can be executed"
+        report=$("$1" -d "$2")
+        demand 'call.*__stack_chk_fail' "return addresses are not guarded"
         ;;
     *)
         report=$("$1" -p -T "$2")
@@ -18,6 +20,10 @@ case $2 in
         demand '^ *FLAGS +0x0*8$' "addresses are bound when first used, and stay writable till then"
         demand __stack_chk_fail "return addresses are not guarded"
         demand '__[a-z]+_chk\b' "library calls are not checked against the size of their target"
+        report=$("$1" -d --disassemble=_ZN10CTarvexDib6CreateEiii "$2")
+        demand 'endbr(64|32)' "calls can lead into the middle of a function"
+        report=$("$1" -d "$2")
+        demand 'or[lq] +\$0x0,\(%[re]sp\)' "large frames can leap over the page behind the stack"
         ;;
 esac
 echo "guarded"
