@@ -64,8 +64,9 @@ public:
 
     /// Starts a listing: the name of the file's first section, as the file writes it. Lines longer than 511
     /// characters count as several. White space of every kind may stand before the "["; without a "]" the
-    /// name is empty. False, with `name` as it was: a listing was started before and not ended by one of the
-    /// two calls above (one whose file could not be opened counts), an empty file name, no section.
+    /// name is empty. It reads on to a header or the end of the file, however far: a pipe without an end is
+    /// nothing to list. False, with `name` as it was: a listing was started before and not ended by one of
+    /// the two calls above (one whose file could not be opened counts), an empty file name, no section.
     bool getFirstSectionName(const CStdStr<char>& fileName, CStdStr<char>& name);
 
     /// The next one. False, with `name` as it was, where there is none, and for a header on the file's last

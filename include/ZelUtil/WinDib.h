@@ -109,6 +109,7 @@ public:
 class CBitmap : public CGdiObject
 {
 public:
+    /// `dc` is not null.
     BOOL CreateCompatibleBitmap(const CDC* dc, int width, int height)
     {
         return Attach(::CreateCompatibleBitmap(dc->m_hDC, width, height));
