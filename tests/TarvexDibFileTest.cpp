@@ -50,7 +50,7 @@ TEST(TarvexDibFile, SavesTheBytesOfTheFormat)
     EXPECT_TRUE(dib.Save(room.data(), 65));
     EXPECT_EQ(room[64], 9);
 
-    ASSERT_TRUE(dib.Create(1, 1, 8));
+    dib = RandomPicture(1, 1, 8);
     ASSERT_TRUE(dib.Save((folder / "a.bmp").c_str()));
     const Bytes palette = ReadFile(folder / "a.bmp");
     EXPECT_EQ(palette.size(), 1082U);

@@ -141,7 +141,7 @@ TEST(TarvexDib, ColorTableFollowsItsCount)
     const tagRGBQUAD colors[257] = {{1, 2, 3, 4}, {5, 6, 7, 8}};
     CTarvexDib dib;
     EXPECT_FALSE(dib.SetColorTable(colors, 0));
-    ASSERT_TRUE(dib.Create(3, 1, 8));
+    dib = RandomPicture(3, 1, 8);
     const Bytes before = Packed(dib);
     EXPECT_FALSE(dib.SetColorTable(colors, 257));
     EXPECT_FALSE(dib.SetColorTable(colors, -1));
