@@ -139,36 +139,6 @@ TEST(PolyApprox, AgreesWithAnIndependentSolution)
     EXPECT_GT(compared, 300);
 }
 
-TEST(PolyApprox, RecoversPolynomialsOfItsOrder)
-{
-    for (int round = 0; round < 300; ++round)
-    {
-        const int order = 1 + round % 3;
-        ControlPoints points = RandomPoints(20);
-        const ControlPoints wanted = RandomPoints(20); // ten random coefficients for x and for y
-        const auto map = [&](const REALPOINT& p)
-        {
-            REALPOINT mapped = {0, 0};
-            for (int i = 0; i < kTerms[order]; ++i)
-            {
-                mapped.x += wanted.source[i].x * TermByPowers(i, p.x, p.y);
-                mapped.y += wanted.source[i].y * TermByPowers(i, p.x, p.y);
-            }
-            return mapped;
-        };
-        std::transform(points.source, points.source + 20, points.target, map);
-        CPolyApprox approx;
-        ASSERT_TRUE(approx.SetupPolynom(points, order));
-        for (int k = 0; k < 10; ++k)
-        {
-            const REALPOINT p = {RandomNumber(), RandomNumber()}, expected = map(p),
-                            mapped = approx.Approx(p);
-            EXPECT_NEAR(mapped.x, expected.x, 1e-10) << round;
-            EXPECT_NEAR(mapped.y, expected.y, 1e-10) << round;
-        }
-    }
-}
-
 TEST(PolyApprox, EvaluatesInIndexOrder)
 {
     for (int order = 1; order <= 3; ++order)
