@@ -175,7 +175,7 @@ TEST(TarvexDibBlend, EveryPairOfValuesEqualsTheDefinition)
 
 TEST(TarvexDibBlend, EveryOperationEqualsItsDefinition)
 {
-    for (int width = 0; width < 71; ++width)
+    for (const int width : Widths())
         for (int mix = 0; mix < 8; ++mix)
         {
             const auto picture = [&](int bits)

@@ -59,7 +59,7 @@ TEST(TarvexDibConversion, ValuesWorkedOutByHand)
 TEST(TarvexDibConversion, EqualsTheDefinition)
 {
     for (const int bits : {1, 4, 8, 16, 24, 32})
-        for (int width = 1; width < 71; ++width)
+        for (const int width : Widths())
             for (const bool withAlpha : {false, true})
             {
                 const int full = bits <= 8 ? 1 << bits : 0, table = full == 0 ? 0 : RandomInt(1, full);

@@ -38,6 +38,13 @@ std::uint32_t Widen(int value)
     return static_cast<std::uint32_t>(value << 3 | value >> 2);
 }
 
+// In two halves: of sixteen bytes at once g++ 12 makes, at -O3, a vector that it takes for an aligned one.
+void StoreRun(unsigned char* dst, const unsigned char (&run)[16])
+{
+    std::memcpy(dst, run, 8);
+    std::memcpy(dst + 8, run + 8, 8);
+}
+
 // Whole bytes of one-bit indices, four pixels at a time. Gives how many pixels.
 int ExpandBits(unsigned char* dst, int dstStep, const unsigned char* src, const std::uint32_t* pixels,
                int count)
@@ -51,8 +58,8 @@ int ExpandBits(unsigned char* dst, int dstStep, const unsigned char* src, const 
     int done = 0;
     for (; done + 10 <= count; done += 8, ++src)
     {
-        std::memcpy(dst + dstStep * done, runs[*src >> 4], 16);
-        std::memcpy(dst + dstStep * (done + 4), runs[*src & 15], 16);
+        StoreRun(dst + dstStep * done, runs[*src >> 4]);
+        StoreRun(dst + dstStep * (done + 4), runs[*src & 15]);
     }
     return done;
 }
