@@ -140,7 +140,8 @@ public:
     /// entries, or all of its depth's when that is 0.
     /// False with the image unchanged: no header of 40 bytes at `buffer`, a depth or a size that is not
     /// supported, a buffer shorter than its header, table and pixels. False with the image empty: a
-    /// compressed image, and where memory runs out.
+    /// compressed image, even where the buffer ends in the header behind that field, and where memory runs
+    /// out.
     bool Load(unsigned char* const buffer, int length);
 
     /// Takes in a BMP file from the stream's current position; the stream stays open. The colour count is
