@@ -81,7 +81,7 @@ TEST(TarvexDibClone, EqualsTheDefinition)
     for (int round = 0; round < 400; ++round)
     {
         const CTarvexDib source = RandomPicture(RandomInt(1, 20), RandomInt(1, 20), round & 1 ? 24 : 32);
-        const int width = RandomInt(0, 25) + (round % 10 == 0 ? 98 : 0);
+        const int width = RandomInt(0, 25) + (round % 10 == 0 ? 98 : round % 10 == 5 ? 500 : 0);
         const CTarvexDib dib = RandomPicture(width, RandomInt(1, 25), round & 2 ? 24 : 32);
         const int left = RandomInt(0, source.Width() - 1), right = RandomInt(left, source.Width());
         const int top = RandomInt(0, source.Height() - 1), bottom = RandomInt(top, source.Height());

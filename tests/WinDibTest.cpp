@@ -69,17 +69,18 @@ TEST(WinDib, StretchesAsDefined)
 {
     for (int round = 0; round < 3000; ++round)
     {
-        const int depths[] = {1, 4, 8, 16, 24, 32}, size = round % 10 == 0 ? 40 : 9;
+        const int depths[] = {1, 4, 8, 16, 24, 32}, size = round % 49 == 0 ? 300 : round % 10 == 0 ? 40 : 9;
         const CWinDib dib = RandomDib(RandomInt(1, size), RandomInt(1, size), depths[round % 6]);
-        const int width = RandomInt(1, 30), height = RandomInt(1, 30), mode = RandomInt(1, 3);
+        const int width = RandomInt(1, size == 300 ? 500 : 30), height = RandomInt(1, 30),
+                  mode = RandomInt(1, 3);
         Pixels expected = RandomPixels(width * height);
         Canvas canvas(width, height, expected);
         EXPECT_EQ(SetStretchBltMode(canvas.Dc(), mode), BLACKONWHITE);
 
         // Upright with a source that may leave the picture, or mirrored within it.
         const bool mirrored = round % 3 == 0;
-        Area dest{RandomInt(-20, 30), RandomInt(-20, 30), RandomInt(0, 40), RandomInt(0, 40)};
-        Area src{RandomInt(-4, 8), RandomInt(-4, 8), RandomInt(1, 12), RandomInt(1, 12)};
+        Area dest{RandomInt(-20, 30), RandomInt(-20, 30), RandomInt(0, width + 10), RandomInt(0, 40)};
+        Area src{RandomInt(-4, 8), RandomInt(-4, 8), RandomInt(1, size + 3), RandomInt(1, 12)};
         if (mirrored)
         {
             src = {RandomInt(0, dib.Width() - 1), RandomInt(0, dib.Height() - 1), 1, 1};
