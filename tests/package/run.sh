@@ -3,7 +3,7 @@
 # and run. What is installed and packed are the libraries of the presets.
 source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/common.sh"
 
-need binutils cmake dpkg-dev g++ g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix libxcb1-dev ninja-build pkgconf \
+need binutils cmake dpkg-dev file g++ g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix libxcb1-dev ninja-build pkgconf \
     unzip wine wine64
 work=$PWD/build/package
 rm -rf "$work"
