@@ -91,12 +91,6 @@ void ExpandWordRow(unsigned char* dst, int dstStep, const unsigned char* src, in
              });
 }
 
-void CopyColorsRow(unsigned char* dst, int dstStep, const unsigned char* src, int count)
-{
-    for (int x = 0; x < count; ++x, dst += dstStep, src += 4)
-        std::memcpy(dst, src, 3);
-}
-
 void ExpandTripleRow(unsigned char* dst, const unsigned char* src, int count)
 {
     for (int x = 0; x < count; ++x, dst += 4, src += 3)

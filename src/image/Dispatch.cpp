@@ -6,9 +6,9 @@ namespace zel
 {
 
 constinit const Kernels kPlainKernels = {
-    FilterRow,       AddRows,     CubicPixels, PairRow,         AddPairRows,   SixthsRow,
-    BlendRowByAlpha, BlendRow,    KeyRow,      ShadeRow,        MultiplyRow,   SetAlphaRow,
-    FillAlphaRow,    KeyAlphaRow, MixRow,      ExpandTripleRow, CopyColorsRow, GatherRow};
+    FilterRow,       AddRows,     CubicPixels, PairRow,         AddPairRows, SixthsRow,
+    BlendRowByAlpha, BlendRow,    KeyRow,      ShadeRow,        MultiplyRow, SetAlphaRow,
+    FillAlphaRow,    KeyAlphaRow, MixRow,      ExpandTripleRow, GatherRow};
 
 namespace
 {

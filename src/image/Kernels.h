@@ -190,9 +190,6 @@ void ExpandIndexRow(unsigned char* dst, int dstStep, const unsigned char* src, i
 /// From 16-bit words of 5 bits each of blue, green, red.
 void ExpandWordRow(unsigned char* dst, int dstStep, const unsigned char* src, int count);
 
-/// From 4-byte pixels, whose alpha goes nowhere: that of dst stays.
-void CopyColorsRow(unsigned char* dst, int dstStep, const unsigned char* src, int count);
-
 /// From 3-byte to 4-byte pixels.
 void ExpandTripleRow(unsigned char* dst, const unsigned char* src, int count);
 
@@ -220,7 +217,6 @@ struct Kernels
     decltype(&KeyAlphaRow) keyAlphaRow;
     decltype(&MixRow) mixRow;
     decltype(&ExpandTripleRow) expandTripleRow;
-    decltype(&CopyColorsRow) copyColorsRow;
     decltype(&GatherRow) gatherRow;
 };
 

@@ -173,14 +173,6 @@ struct VectorRows
             GatherRow(dst + dstStep * done, dstStep, src, offsets + done, count - done, channels);
     }
 
-    static void CopyColors(unsigned char* dst, int dstStep, const unsigned char* src, int count)
-    {
-        int done = 0;
-        for (; (dstStep == 4 || kReadsTriples) && done + kPixels <= count; done += kPixels)
-            StoreColors(dst + dstStep * done, dstStep, Load<Vector>(src + std::ptrdiff_t{4} * done));
-        CopyColorsRow(dst + dstStep * done, dstStep, src + std::ptrdiff_t{4} * done, count - done);
-    }
-
     static void ExpandTriple(unsigned char* dst, const unsigned char* src, int count)
     {
         const Vector opaque = All32<Vector>(0xFF000000);
@@ -253,7 +245,7 @@ constexpr Kernels VectorKernels(decltype(&ShadeRow) shadeRow)
     return {Rows::Filter,       Rows::Add,          Rows::Cubic,     Rows::Pair,     AddPairRowsInWords,
             SixthsRowInWords,   Rows::BlendByAlpha, Rows::Blend,     Rows::Key,      shadeRow,
             Rows::Multiply,     Rows::SetAlpha,     Rows::FillAlpha, Rows::KeyAlpha, Rows::Mix,
-            Rows::ExpandTriple, Rows::CopyColors,   Rows::Gather};
+            Rows::ExpandTriple, Rows::Gather};
 }
 
 } // namespace
