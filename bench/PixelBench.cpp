@@ -4,7 +4,7 @@
 
 #include "PixelBench.h"
 
-#include "Definitions.h"
+#include "ImageReference.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
@@ -158,7 +158,7 @@ void AddResizes()
                     return to.Resize(Picture(s.fromWidth, s.fromHeight, bits));
                 };
                 const auto define = [=](CTarvexDib& to)
-                { definition::Resize(to, Picture(s.fromWidth, s.fromHeight, bits), method); };
+                { reference::Resize(to, Picture(s.fromWidth, s.fromHeight, bits), method); };
                 AddOperation(ResizeName(s, i, bits), s.width, s.height, bits, resize, define);
             }
             AddCopy(s.width, s.height, bits);
@@ -184,22 +184,21 @@ void AddBlends(int bits)
     };
     add(
         "AlphaBlendPerPixel", 32, 0, [](auto& to, auto& a, auto& b) { return to.AlphaBlendPerPixel(&a, &b); },
-        definition::AlphaBlendPerPixel);
+        reference::AlphaBlendPerPixel);
     add(
         "AlphaBlend", bits, 0, [](auto& to, auto& a, auto& b) { return to.AlphaBlend(&a, &b, 77); },
-        [](auto& to, auto& a, auto& b) { definition::AlphaBlend(to, a, b, 77); });
+        [](auto& to, auto& a, auto& b) { reference::AlphaBlend(to, a, b, 77); });
     add(
         "TransparentBlend", bits, kCutOut,
         [](auto& to, auto& a, auto& b) { return to.TransparentBlend(&a, &b, kKey[2], kKey[1], kKey[0]); },
-        [](auto& to, auto& a, auto& b)
-        { definition::TransparentBlend(to, a, b, kKey[2], kKey[1], kKey[0]); });
+        [](auto& to, auto& a, auto& b) { reference::TransparentBlend(to, a, b, kKey[2], kKey[1], kKey[0]); });
     add(
         "ShadePerPixel 100%", bits, 0,
         [](auto& to, auto& a, auto& b) { return to.ShadePerPixel(&a, &b, 100); },
-        [](auto& to, auto& a, auto& b) { definition::ShadePerPixel(to, a, b, 100); });
+        [](auto& to, auto& a, auto& b) { reference::ShadePerPixel(to, a, b, 100); });
     add(
         "ShadePerPixel 50%", bits, 0, [](auto& to, auto& a, auto& b) { return to.ShadePerPixel(&a, &b, 50); },
-        [](auto& to, auto& a, auto& b) { definition::ShadePerPixel(to, a, b, 50); });
+        [](auto& to, auto& a, auto& b) { reference::ShadePerPixel(to, a, b, 50); });
 }
 
 void AddRegions(int bits)
@@ -209,16 +208,16 @@ void AddRegions(int bits)
     { AddOperation(WithBits(name, bits), kWidth, kHeight, bits, operation, definition); };
     add(
         "Clone", [=](CTarvexDib& to) { return to.Clone(source(), 0, 0, kWidth / 2, kHeight / 2); },
-        [=](CTarvexDib& to) { definition::Clone(to, source(), 0, 0, kWidth / 2, kHeight / 2); });
+        [=](CTarvexDib& to) { reference::Clone(to, source(), 0, 0, kWidth / 2, kHeight / 2); });
     add(
         "CopyRect", [=](CTarvexDib& to) { return to.CopyRect(0, 0, source(), 0, 0, kWidth, kHeight); },
-        [=](CTarvexDib& to) { definition::CopyRect(to, 0, 0, source(), 0, 0, kWidth, kHeight); });
+        [=](CTarvexDib& to) { reference::CopyRect(to, 0, 0, source(), 0, 0, kWidth, kHeight); });
     add(
         "CopyRect from bytes",
         [=](CTarvexDib& to)
         { return to.CopyRect(1, 0, source().GetScanLine(0), kWidth, kHeight, bits, 0, 1, kWidth, kHeight); },
         [=](CTarvexDib& to)
-        { definition::CopyRect(to, 1, 0, source().GetScanLine(0), kWidth, kHeight, 0, 1, kWidth, kHeight); });
+        { reference::CopyRect(to, 1, 0, source().GetScanLine(0), kWidth, kHeight, 0, 1, kWidth, kHeight); });
     add(
         "Copy",
         [=](CTarvexDib& to)
@@ -229,7 +228,7 @@ void AddRegions(int bits)
         [=](CTarvexDib& to)
         {
             to.Create(kWidth, kHeight, bits);
-            definition::CopyRect(to, 0, 0, source(), 0, 0, kWidth, kHeight);
+            reference::CopyRect(to, 0, 0, source(), 0, 0, kWidth, kHeight);
         });
 }
 
@@ -240,16 +239,16 @@ void AddAlphas()
     const auto plane = []() -> CTarvexDib& { return Picture(kWidth, kHeight, 8); };
     add(
         "SetAlphaPlane", [=](CTarvexDib& to) { return to.SetAlphaPlane(&plane()); },
-        [=](CTarvexDib& to) { definition::SetAlphaPlane(to, plane()); });
+        [=](CTarvexDib& to) { reference::SetAlphaPlane(to, plane()); });
     add(
         "ColorMix", [](CTarvexDib& to) { return to.ColorMix(0.2F, 0.4F, 0.6F, 0.5F); },
-        [](CTarvexDib& to) { definition::ColorMix(to, 0.2F, 0.4F, 0.6F, 0.5F); });
+        [](CTarvexDib& to) { reference::ColorMix(to, 0.2F, 0.4F, 0.6F, 0.5F); });
     add(
         "AlphaAlpha", [](CTarvexDib& to) { return to.AlphaAlpha(9); },
-        [](CTarvexDib& to) { definition::AlphaAlpha(to, 9); });
+        [](CTarvexDib& to) { reference::AlphaAlpha(to, 9); });
     add(
         "resetAlpha", [](CTarvexDib& to) { return to.resetAlpha(); },
-        [](CTarvexDib& to) { definition::AlphaAlpha(to, 255); });
+        [](CTarvexDib& to) { reference::AlphaAlpha(to, 255); });
 }
 
 // What changes a picture in place and needs it as it was in every round.
@@ -286,7 +285,7 @@ void AddChanges()
             []() -> CTarvexDib& { return Picture(kWidth, kHeight, 32, kCutOut); }, 32,
             [=](CTarvexDib& dib) { return dib.TransparentAlpha(kKey[2], kKey[1], kKey[0], opaqueOthers); },
             [=](CTarvexDib& dib)
-            { definition::TransparentAlpha(dib, kKey[2], kKey[1], kKey[0], opaqueOthers); });
+            { reference::TransparentAlpha(dib, kKey[2], kKey[1], kKey[0], opaqueOthers); });
 
     constexpr int conversions[][2] = {{1, 24}, {4, 24}, {8, 24}, {8, 32}, {16, 32}, {24, 32}};
     for (const auto [from, to] : conversions)
@@ -296,7 +295,7 @@ void AddChanges()
             "ChangeToTrueColor " + std::to_string(from) + " to " + std::to_string(to),
             [depth = from]() -> CTarvexDib& { return Picture(kWidth, kHeight, depth); }, to,
             [=](CTarvexDib& dib) { return dib.ChangeToTrueColor(withAlpha); },
-            [=](CTarvexDib& dib) { definition::ChangeToTrueColor(dib, withAlpha); });
+            [=](CTarvexDib& dib) { reference::ChangeToTrueColor(dib, withAlpha); });
     }
 }
 
@@ -312,7 +311,7 @@ void AddFiles()
     using Bytes = std::vector<unsigned char>;
     const auto save = [=](Bytes& bytes)
     { return source().Save(bytes.data(), static_cast<int>(bytes.size())); };
-    const auto define = [=](Bytes& bytes) { definition::Save(source(), bytes.data()); };
+    const auto define = [=](Bytes& bytes) { reference::Save(source(), bytes.data()); };
 
     AddOperation(
         "Load from memory 24", kWidth, kHeight, 24,
@@ -326,7 +325,7 @@ void AddFiles()
         {
             if (packed->empty())
                 *packed = pack(define);
-            definition::Load(to, packed->data());
+            reference::Load(to, packed->data());
         });
     const auto buffer = std::make_shared<Bytes>();
     AddPair(
@@ -344,12 +343,12 @@ void AddFiles()
 
     AddOperation(
         "Load from a file 24", kWidth, kHeight, 24, [](CTarvexDib& to) { return to.Load(BmpFile().c_str()); },
-        [](CTarvexDib& to) { definition::Load(to, BmpFile()); });
+        [](CTarvexDib& to) { reference::Load(to, BmpFile()); });
     AddPair(
         "Save to a file 24", kWidth, kHeight, 24, [=] { return source().Save(ScratchFile().c_str()); },
         [=]
         {
-            definition::Save(source(), ScratchFile());
+            reference::Save(source(), ScratchFile());
             return true;
         },
         [=]
@@ -357,7 +356,7 @@ void AddFiles()
             if (!source().Save(ScratchFile().c_str()))
                 return false;
             const std::vector<char> saved = FileBytes(ScratchFile());
-            definition::Save(source(), ScratchFile());
+            reference::Save(source(), ScratchFile());
             return saved == FileBytes(ScratchFile());
         });
 }
@@ -386,7 +385,7 @@ const std::string& BmpFile()
     static const std::string path = []
     {
         const std::string name = TemporaryFile("zelutil-bench-in.bmp");
-        definition::Save(Picture(kWidth, kHeight, 24), name);
+        reference::Save(Picture(kWidth, kHeight, 24), name);
         return name;
     }();
     return path;

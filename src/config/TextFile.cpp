@@ -1,0 +1,106 @@
+#include "config/TextFile.h"
+
+#include "system/Platform.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace zel
+{
+
+namespace
+{
+
+constexpr std::size_t kMaxNameLength = 511;
+constexpr int kEndOfText = 0x1A;
+
+constexpr std::size_t kBlockBytes = 16384;
+
+const unsigned char* Find(const unsigned char* from, const unsigned char* end, int character)
+{
+    const void* const found = std::memchr(from, character, static_cast<std::size_t>(end - from));
+    return found == nullptr ? end : static_cast<const unsigned char*>(found);
+}
+
+// Hands the characters from here to the end of the text to `take`, by runs, until that gives false.
+template <typename Take>
+void TakeText(std::FILE* file, const Take& take)
+{
+    unsigned char block[kBlockBytes];
+    const unsigned char cr = '\r';
+    bool isAfterCr = false;
+    while (const std::size_t bytes = std::fread(block, 1, sizeof block, file))
+    {
+        if (isAfterCr && block[0] != '\n' && !take(&cr, 1))
+            return;
+        const unsigned char* const end = Find(block, block + bytes, kEndOfText);
+        const bool isLast = end != block + bytes;
+        isAfterCr = !isLast && end[-1] == '\r';
+        const unsigned char* const last = isAfterCr ? end - 1 : end;
+
+        const unsigned char* run = block;
+        for (const unsigned char* p = Find(run, last, '\r'); p != last; p = Find(p + 1, last, '\r'))
+            if (p + 1 != last && p[1] == '\n')
+            {
+                if (!take(run, static_cast<std::size_t>(p - run)))
+                    return;
+                run = p + 1;
+            }
+        if (!take(run, static_cast<std::size_t>(last - run)) || isLast)
+            return;
+    }
+    if (isAfterCr)
+        take(&cr, 1);
+}
+
+} // namespace
+
+File OpenTextFile(const char* name)
+{
+    return File(std::strlen(name) > kMaxNameLength ? nullptr : OpenFile(name, "rb"), std::fclose);
+}
+
+int ReadTextCharacter(std::FILE* file)
+{
+    const int character = std::getc(file);
+    if (character == kEndOfText)
+    {
+        std::ungetc(character, file);
+        return EOF;
+    }
+    if (character != '\r')
+        return character;
+
+    const int next = std::getc(file);
+    if (next == '\n')
+        return next;
+    if (next != EOF)
+        std::ungetc(next, file);
+    return character;
+}
+
+std::optional<std::size_t> CountText(std::FILE* file, std::size_t limit)
+{
+    std::size_t count = 0;
+    TakeText(file, [&](const unsigned char*, std::size_t length) { return (count += length) <= limit; });
+    return count > limit ? std::nullopt : std::optional(count);
+}
+
+bool ReadText(std::FILE* file, char* text, std::size_t count)
+{
+    if (std::ferror(file) != 0) // the count is that of a part
+        return false;
+    std::rewind(file);
+    std::size_t read = 0;
+    TakeText(file,
+             [&](const unsigned char* run, std::size_t length)
+             {
+                 length = std::min(length, count - read);
+                 std::memcpy(text + read, run, length);
+                 read += length;
+                 return read < count;
+             });
+    return read == count;
+}
+
+} // namespace zel

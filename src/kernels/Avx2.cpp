@@ -1,0 +1,393 @@
+#include <cstdint>
+#include <cstring>
+#include <immintrin.h>
+
+#include "kernels/Kernels.h"
+
+namespace
+{
+
+struct Vector
+{
+    __m256i v;
+};
+
+template <typename V>
+V Load(const unsigned char* bytes)
+{
+    return {_mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes))};
+}
+
+inline void Store(unsigned char* bytes, Vector a)
+{
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(bytes), a.v);
+}
+
+template <typename V>
+V Set(std::uint32_t value)
+{
+    return {_mm256_set1_epi32(static_cast<int>(value))};
+}
+
+/// The bytes of the lower or upper half, of each 16 bytes, as words.
+inline Vector PromoteLower(Vector a)
+{
+    return {_mm256_unpacklo_epi8(a.v, _mm256_setzero_si256())};
+}
+
+inline Vector PromoteUpper(Vector a)
+{
+    return {_mm256_unpackhi_epi8(a.v, _mm256_setzero_si256())};
+}
+
+inline Vector PromoteLowerTimes256(Vector a)
+{
+    return {_mm256_unpacklo_epi8(_mm256_setzero_si256(), a.v)};
+}
+
+inline Vector PromoteUpperTimes256(Vector a)
+{
+    return {_mm256_unpackhi_epi8(_mm256_setzero_si256(), a.v)};
+}
+
+/// The reverse, for words up to 255.
+inline Vector Demote(Vector low, Vector high)
+{
+    return {_mm256_packus_epi16(low.v, high.v)};
+}
+
+/// The upper words of the products.
+inline Vector MulHigh(Vector a, Vector b)
+{
+    return {_mm256_mulhi_epu16(a.v, b.v)};
+}
+
+inline Vector And(Vector a, Vector b)
+{
+    return {_mm256_and_si256(a.v, b.v)};
+}
+
+inline Vector Or(Vector a, Vector b)
+{
+    return {_mm256_or_si256(a.v, b.v)};
+}
+
+/// The bytes of `a` where `mask` has all bits of them, elsewhere, where it has none, those of `b`.
+inline Vector IfThenElse(Vector mask, Vector a, Vector b)
+{
+    return {_mm256_blendv_epi8(b.v, a.v, mask.v)};
+}
+
+inline Vector Equal32(Vector a, Vector b)
+{
+    return {_mm256_cmpeq_epi32(a.v, b.v)};
+}
+
+/// For Lerp: a weight of 1 to 255, and 256 less it.
+template <typename V>
+V WeightOf(int weight)
+{
+    return {_mm256_set1_epi16(static_cast<short>(weight | (256 - weight) << 8))};
+}
+
+/// s2 + ((s1 - s2) * weight >> 8) on every byte, as s1 * weight + s2 * (256 - weight) over 256. The sum of
+/// bytes less 128 each is less by 128 * 256, and then fits 16 bits with a sign.
+inline Vector LerpPairs(Vector s1, Vector s2, __m256i lowWeights, __m256i highWeights)
+{
+    const __m256i sign = _mm256_set1_epi8(-128);
+    const __m256i first = _mm256_xor_si256(s1.v, sign), second = _mm256_xor_si256(s2.v, sign);
+    const __m256i low = _mm256_maddubs_epi16(lowWeights, _mm256_unpacklo_epi8(first, second));
+    const __m256i high = _mm256_maddubs_epi16(highWeights, _mm256_unpackhi_epi8(first, second));
+    const __m256i bytes = _mm256_packs_epi16(_mm256_srai_epi16(low, 8), _mm256_srai_epi16(high, 8));
+    return {_mm256_xor_si256(bytes, sign)};
+}
+
+inline Vector Lerp(Vector s1, Vector s2, Vector weight)
+{
+    return LerpPairs(s1, s2, weight.v, weight.v);
+}
+
+/// Lerp, with the alpha of each pixel of s1. The 256 that alpha 0 leaves to s2 is no byte.
+inline Vector LerpByAlpha(Vector s1, Vector s2)
+{
+    const __m256i zero = _mm256_setzero_si256();
+    const __m256i last =
+        _mm256_broadcastsi128_si256(_mm_setr_epi8(3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15));
+    const __m256i alpha = _mm256_shuffle_epi8(s1.v, last), rest = _mm256_sub_epi8(zero, alpha);
+    const Vector mixed =
+        LerpPairs(s1, s2, _mm256_unpacklo_epi8(alpha, rest), _mm256_unpackhi_epi8(alpha, rest));
+    return IfThenElse({_mm256_cmpeq_epi8(alpha, zero)}, s2, mixed);
+}
+
+/// One byte for each pixel, in its highest place.
+template <typename V>
+V LoadAsAlpha(const unsigned char* bytes)
+{
+    const __m128i eight = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes));
+    return {_mm256_slli_epi32(_mm256_cvtepu8_epi32(eight), 24)};
+}
+
+constexpr bool kReadsTriples = true;
+
+/// Eight pixels, `step` bytes each, as 4 bytes each. Of 3 bytes each it reads 28 bytes.
+template <typename V>
+V LoadPixels(const unsigned char* bytes, int step)
+{
+    if (step == 4)
+        return Load<V>(bytes);
+    const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+    const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 12));
+    const __m128i spread = _mm_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1);
+    return {_mm256_set_m128i(_mm_shuffle_epi8(high, spread), _mm_shuffle_epi8(low, spread))};
+}
+
+/// Stores four pixels as 3 bytes each.
+inline void StoreTriples(unsigned char* bytes, __m128i pixels)
+{
+    const __m128i close = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
+    const __m128i triples = _mm_shuffle_epi8(pixels, close);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), triples);
+    const int rest = _mm_extract_epi32(triples, 2);
+    std::memcpy(bytes + 8, &rest, sizeof rest);
+}
+
+/// Stores the three colours of eight pixels, `step` bytes each. A fourth byte stays.
+inline void StoreColors(unsigned char* bytes, int step, Vector a)
+{
+    if (step == 3)
+    {
+        StoreTriples(bytes, _mm256_castsi256_si128(a.v));
+        StoreTriples(bytes + 12, _mm256_extracti128_si256(a.v, 1));
+        return;
+    }
+    const Vector colors = Set<Vector>(0x00FFFFFF);
+    Store(bytes, IfThenElse(colors, a, Load<Vector>(bytes)));
+}
+
+/// ScaleColumnsRow for the first pixels, of `channels` bytes in both rows; gives how many. Four at a time, as
+/// long as sixteen bytes from the first of them on hold them, as they do where a row grows; the last pixel of
+/// all tells how far the source may be read.
+inline int ScaleColumnsShuffle(unsigned char* dst, const unsigned char* src, const int* offsets, int count,
+                               int channels)
+{
+    constexpr int kBehind = 2; // pixels of 3 bytes that storing sixteen bytes touches besides
+    const bool triples = channels == 3;
+    const __m128i spread = triples ? _mm_setr_epi8(0, 0, 0, 4, 4, 4, 8, 8, 8, 12, 12, 12, 0, 0, 0, 0)
+                                   : _mm_setr_epi8(0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12, 12, 12);
+    const __m128i bytes = triples ? _mm_setr_epi8(0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 0, 0, 0)
+                                  : _mm_setr_epi8(0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3);
+    int done = 0;
+    for (; done + 4 + kBehind <= count; done += 4, dst += 4 * channels)
+    {
+        const int first = offsets[done];
+        if (offsets[done + 3] > first + 12 || offsets[count - 1] + channels < first + 16)
+            break;
+        const __m128i four = _mm_loadu_si128(reinterpret_cast<const __m128i*>(offsets + done));
+        const __m128i relative = _mm_shuffle_epi8(_mm_sub_epi32(four, _mm_set1_epi32(first)), spread);
+        const __m128i pixels = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + first));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst),
+                         _mm_shuffle_epi8(pixels, _mm_add_epi8(relative, bytes)));
+    }
+    return done;
+}
+
+/// HorizontalFixedRow for the first columns, two at a time; gives how many.
+inline int HorizontalFixedPixels(std::uint16_t* out, const unsigned char* src, const zel::FixedTaps& columns,
+                                 int channels)
+{
+    const bool triples = channels == 3;
+    const char to = static_cast<char>(columns.step), next = static_cast<char>(8);
+    const auto pairOf = [=](int pixel, int c)
+    { return static_cast<short>((pixel * next + c) | (pixel * next + c + to) << 8); };
+    const short none = -1;
+    const __m128i bytes = triples ? _mm_setr_epi16(pairOf(0, 0), pairOf(0, 1), pairOf(0, 2), pairOf(1, 0),
+                                                   pairOf(1, 1), pairOf(1, 2), none, none)
+                                  : _mm_setr_epi16(pairOf(0, 0), pairOf(0, 1), pairOf(0, 2), pairOf(0, 3),
+                                                   pairOf(1, 0), pairOf(1, 1), pairOf(1, 2), pairOf(1, 3));
+    const short first = 0x0100, second = 0x0302;
+    const __m128i spread = triples
+                               ? _mm_setr_epi16(first, first, first, second, second, second, none, none)
+                               : _mm_setr_epi16(first, first, first, first, second, second, second, second);
+    int done = 0;
+    for (; done + 2 <= columns.whole; done += 2, out += 2 * channels)
+    {
+        long long left, right;
+        int weights;
+        std::memcpy(&left, src + columns.offsets[done], sizeof left);
+        std::memcpy(&right, src + columns.offsets[done + 1], sizeof right);
+        std::memcpy(&weights, columns.weights + 2 * done, sizeof weights);
+        const __m128i pixels = _mm_shuffle_epi8(_mm_set_epi64x(right, left), bytes);
+        const __m128i sums = _mm_maddubs_epi16(pixels, _mm_shuffle_epi8(_mm_cvtsi32_si128(weights), spread));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), sums);
+    }
+    return done;
+}
+
+using Floats = __m128;
+
+/// The four bytes of a pixel.
+inline Floats PixelAsFloats(const unsigned char* bytes)
+{
+    int four;
+    std::memcpy(&four, bytes, sizeof four);
+    return _mm_cvtepi32_ps(_mm_cvtepu8_epi32(_mm_cvtsi32_si128(four)));
+}
+
+inline void StoreFloats(float* out, Floats values)
+{
+    _mm_storeu_ps(out, values);
+}
+
+/// Eight sums of four rows in steps of 1 / 65536, and half of 65536.
+inline __m256i StepsOf(const float* const (&rows)[4], const __m256 (&weights)[4], std::ptrdiff_t at)
+{
+    const __m256 first = _mm256_add_ps(_mm256_mul_ps(_mm256_loadu_ps(rows[0] + at), weights[0]),
+                                       _mm256_mul_ps(_mm256_loadu_ps(rows[1] + at), weights[1]));
+    const __m256 third = _mm256_add_ps(first, _mm256_mul_ps(_mm256_loadu_ps(rows[2] + at), weights[2]));
+    const __m256 sum = _mm256_add_ps(third, _mm256_mul_ps(_mm256_loadu_ps(rows[3] + at), weights[3]));
+    return _mm256_add_epi32(_mm256_cvttps_epi32(sum), _mm256_set1_epi32(32768));
+}
+
+/// The bytes of 32 words that come in four parts, in order.
+inline __m256i InOrder(__m256i words01, __m256i words23)
+{
+    const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+    return _mm256_permutevar8x32_epi32(_mm256_packus_epi16(words01, words23), order);
+}
+
+/// VerticalRow of four taps for the first sums; gives how many.
+inline std::ptrdiff_t AddSteps(unsigned char* out, unsigned char* ambiguous, const float* const (&rows)[4],
+                               const float (&factors)[4], std::ptrdiff_t count)
+{
+    const __m256 weights[4] = {_mm256_set1_ps(factors[0] * 65536.0F), _mm256_set1_ps(factors[1] * 65536.0F),
+                               _mm256_set1_ps(factors[2] * 65536.0F), _mm256_set1_ps(factors[3] * 65536.0F)};
+    const __m256i low = _mm256_set1_epi32(65535), zero = _mm256_setzero_si256();
+    const __m256i margin = _mm256_set1_epi16(zel::kRoundingMargin);
+    const __m256i width = _mm256_set1_epi16(2 * zel::kRoundingMargin);
+    std::ptrdiff_t done = 0;
+    for (; done + 32 <= count; done += 32)
+    {
+        const __m256i steps0 = StepsOf(rows, weights, done), steps1 = StepsOf(rows, weights, done + 8);
+        const __m256i steps2 = StepsOf(rows, weights, done + 16), steps3 = StepsOf(rows, weights, done + 24);
+        const __m256i whole =
+            InOrder(_mm256_packus_epi32(_mm256_srli_epi32(steps0, 16), _mm256_srli_epi32(steps1, 16)),
+                    _mm256_packus_epi32(_mm256_srli_epi32(steps2, 16), _mm256_srli_epi32(steps3, 16)));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + done), whole);
+
+        const __m256i rest01 =
+            _mm256_packus_epi32(_mm256_and_si256(steps0, low), _mm256_and_si256(steps1, low));
+        const __m256i rest23 =
+            _mm256_packus_epi32(_mm256_and_si256(steps2, low), _mm256_and_si256(steps3, low));
+        const __m256i near01 =
+            _mm256_cmpeq_epi16(_mm256_subs_epu16(_mm256_add_epi16(rest01, margin), width), zero);
+        const __m256i near23 =
+            _mm256_cmpeq_epi16(_mm256_subs_epu16(_mm256_add_epi16(rest23, margin), width), zero);
+        const __m256i marks = InOrder(_mm256_srli_epi16(near01, 15), _mm256_srli_epi16(near23, 15));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(ambiguous + done), marks);
+    }
+    return done;
+}
+
+struct Doubles
+{
+    __m256d v;
+};
+
+/// sum += the four bytes of a pixel under a weight.
+inline void AddProduct(Doubles& sum, const unsigned char* bytes, double weight)
+{
+    int four;
+    std::memcpy(&four, bytes, sizeof four);
+    const __m256d pixel = _mm256_cvtepi32_pd(_mm_cvtepu8_epi32(_mm_cvtsi32_si128(four)));
+    sum.v = _mm256_add_pd(sum.v, _mm256_mul_pd(pixel, _mm256_set1_pd(weight)));
+}
+
+inline void StoreRounded(unsigned char* bytes, const Doubles& sum, int channels)
+{
+    const __m128i whole = _mm256_cvttpd_epi32(_mm256_add_pd(sum.v, _mm256_set1_pd(0.5)));
+    const __m128i words = _mm_packs_epi32(whole, whole);
+    const int four = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
+    std::memcpy(bytes, &four, channels == 3 ? 3 : 4);
+}
+
+} // namespace
+
+#include "kernels/Kernels-inl.h"
+
+namespace zel
+{
+
+namespace
+{
+
+/// Takes each byte, and gives each product rounded down, as 2^52 plus itself: a double whose lower word it
+/// is.
+__m256 ShadedWords(__m256i s1, __m256i s2, __m256d k, __m256d f)
+{
+    const __m256d base = _mm256_set1_pd(0x1p52), one = _mm256_set1_pd(1.0);
+    const __m256d centred = _mm256_sub_pd(_mm256_castsi256_pd(s1), _mm256_set1_pd(0x1p52 + 128.0));
+    const __m256d shading = _mm256_add_pd(_mm256_mul_pd(centred, k), one);
+    const __m256d shaded = _mm256_mul_pd(_mm256_sub_pd(_mm256_castsi256_pd(s2), base), f);
+    const __m256d whole = _mm256_floor_pd(_mm256_mul_pd(shading, shaded));
+    return _mm256_castpd_ps(_mm256_add_pd(whole, base));
+}
+
+/// The pairs of bytes that `part` selects, shaded, as integers.
+__m256i ShadedPart(__m256i s1, __m256i s2, __m256i part, __m256d k, __m256d f)
+{
+    const __m256i upper = _mm256_set1_epi32(0x43300000); // of 2^52
+    const __m256i a = _mm256_shuffle_epi8(s1, part), b = _mm256_shuffle_epi8(s2, part);
+    const __m256 low = ShadedWords(_mm256_unpacklo_epi32(a, upper), _mm256_unpacklo_epi32(b, upper), k, f);
+    const __m256 high = ShadedWords(_mm256_unpackhi_epi32(a, upper), _mm256_unpackhi_epi32(b, upper), k, f);
+    return _mm256_castps_si256(_mm256_shuffle_ps(low, high, 0x88));
+}
+
+/// For ShadedPart: of each sixteen bytes these four.
+__m256i Part(int first, int second, int third, int fourth)
+{
+    const int unused = static_cast<int>(0x80808000);
+    return _mm256_broadcastsi128_si256(
+        _mm_setr_epi32(unused | first, unused | second, unused | third, unused | fourth));
+}
+
+/// Calculates in doubles, step by step as ShadeFactors and ShadeRow do, and so every byte is the same. Where
+/// f is finite, products lie within 2^17 of 0. Added to 2^52, one that is rounded down is the lower word of
+/// the sum, a negative one twice itself, and packing confines it to a byte.
+void ShadeRowInDoubles(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
+                       const unsigned char* s2, int s2Step, const ShadeFactors& factors, int count)
+{
+    const __m256d k = _mm256_set1_pd(factors.k), f = _mm256_set1_pd(factors.f);
+    const auto confined = [](__m256i a, __m256i b, __m256i c, __m256i d)
+    { return _mm256_packus_epi16(_mm256_packs_epi32(a, b), _mm256_packs_epi32(c, d)); };
+
+    const auto bytes = [=](Vector a, Vector b) -> Vector
+    {
+        return {confined(ShadedPart(a.v, b.v, Part(0, 1, 2, 3), k, f),
+                         ShadedPart(a.v, b.v, Part(4, 5, 6, 7), k, f),
+                         ShadedPart(a.v, b.v, Part(8, 9, 10, 11), k, f),
+                         ShadedPart(a.v, b.v, Part(12, 13, 14, 15), k, f))};
+    };
+    const auto colors = [=](Vector a, Vector b) -> Vector
+    {
+        const __m256i last = ShadedPart(a.v, b.v, Part(10, 12, 13, 14), k, f);
+        const __m256i close = confined(ShadedPart(a.v, b.v, Part(0, 1, 2, 4), k, f),
+                                       ShadedPart(a.v, b.v, Part(5, 6, 8, 9), k, f), last, last);
+        const __m128i spread = _mm_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1);
+        return {_mm256_shuffle_epi8(close, _mm256_broadcastsi128_si256(spread))};
+    };
+
+    using Rows = VectorRows<Vector>;
+    int done = 0;
+    if (__builtin_isfinite(factors.f))
+        done = dstStep == 3 && s1Step == 3 && s2Step == 3
+                   ? Rows::ByBytes(dst, dstStep, s1, s1Step, s2, s2Step, count, bytes)
+                   : Rows::ByPixels(dst, dstStep, s1, s1Step, s2, s2Step, count, colors);
+    ShadeRow(dst + dstStep * done, dstStep, s1 + s1Step * done, s1Step, s2 + s2Step * done, s2Step, factors,
+             count - done);
+}
+
+} // namespace
+
+constinit const KernelTable kAvx2Kernels = VectorTable<Vector>(ShadeRowInDoubles);
+
+} // namespace zel
