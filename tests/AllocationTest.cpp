@@ -1,6 +1,6 @@
 #include "DebugLog.h"
 #include "FailingAllocator.h"
-#include "KernelSets.h"
+#include "Targets.h"
 
 #include "ZelUtil/BitmapCache.h"
 #include "ZelUtil/CVar.h"
@@ -180,7 +180,7 @@ TEST(Allocation, BlendingAndCopyingNeedNone)
     CTarvexDib target = RandomPicture(256, 257, 32), flat; // large enough for tables to pay
     ASSERT_TRUE(flat.Create(500000000, 0, 32));
     const CTarvexDib source = RandomPicture(256, 257, 32), plane = RandomPicture(256, 257, 8);
-    ByEveryKernelSet(
+    ForEachTarget(
         [&]
         {
             FailAllocation(0);

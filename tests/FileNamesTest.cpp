@@ -1,4 +1,4 @@
-#include "FileNames.h"
+#include "system/FileNames.h"
 
 #include "ExtensionModel.h"
 

@@ -26,7 +26,7 @@ Operation Shade(int strength)
 {
     return {"ShadePerPixel", 0, 0,
             [=](auto& to, auto* first, auto* second) { return to.ShadePerPixel(first, second, strength); },
-            [=](auto& to, Dib first, Dib second) { definition::ShadePerPixel(to, first, second, strength); }};
+            [=](auto& to, Dib first, Dib second) { reference::ShadePerPixel(to, first, second, strength); }};
 }
 
 std::vector<Operation> Blends(int alpha)
@@ -34,15 +34,15 @@ std::vector<Operation> Blends(int alpha)
     const auto byte = static_cast<unsigned char>(alpha);
     return {{"AlphaBlendPerPixel", 32, 0,
              [](auto& to, auto* first, auto* second) { return to.AlphaBlendPerPixel(first, second); },
-             definition::AlphaBlendPerPixel},
+             reference::AlphaBlendPerPixel},
             {"AlphaBlend", 0, 0,
              [=](auto& to, auto* first, auto* second) { return to.AlphaBlend(first, second, byte); },
-             [=](auto& to, Dib first, Dib second) { definition::AlphaBlend(to, first, second, alpha); }},
+             [=](auto& to, Dib first, Dib second) { reference::AlphaBlend(to, first, second, alpha); }},
             {"TransparentBlend", 0, 0,
              [](auto& to, auto* first, auto* second)
              { return to.TransparentBlend(first, second, kKey[0], kKey[1], kKey[2]); },
              [](auto& to, Dib first, Dib second)
-             { definition::TransparentBlend(to, first, second, kKey[0], kKey[1], kKey[2]); }}};
+             { reference::TransparentBlend(to, first, second, kKey[0], kKey[1], kKey[2]); }}};
 }
 
 std::vector<Operation> AllOperations(int alpha)
@@ -54,18 +54,18 @@ std::vector<Operation> AllOperations(int alpha)
     all.insert(
         all.end(),
         {{"SetAlphaPlane", 8, 32, [](auto& to, auto* first, auto*) { return to.SetAlphaPlane(first); },
-          [](auto& to, Dib first, Dib) { definition::SetAlphaPlane(to, first); }},
+          [](auto& to, Dib first, Dib) { reference::SetAlphaPlane(to, first); }},
          {"TransparentAlpha", 0, 32,
           [=](auto& to, auto*, auto*)
           { return to.TransparentAlpha(kKey[0], kKey[1], kKey[2], alpha % 2 == 0); },
           [=](auto& to, Dib, Dib)
-          { definition::TransparentAlpha(to, kKey[0], kKey[1], kKey[2], alpha % 2 == 0); }},
+          { reference::TransparentAlpha(to, kKey[0], kKey[1], kKey[2], alpha % 2 == 0); }},
          {"ColorMix", 0, 32, [=](auto& to, auto*, auto*) { return to.ColorMix(0.9F, 0.4F, weight, weight); },
-          [=](auto& to, Dib, Dib) { definition::ColorMix(to, 0.9F, 0.4F, weight, weight); }},
+          [=](auto& to, Dib, Dib) { reference::ColorMix(to, 0.9F, 0.4F, weight, weight); }},
          {"AlphaAlpha", 0, 32, [=](auto& to, auto*, auto*) { return to.AlphaAlpha(byte); },
-          [=](auto& to, Dib, Dib) { definition::AlphaAlpha(to, alpha); }},
+          [=](auto& to, Dib, Dib) { reference::AlphaAlpha(to, alpha); }},
          {"resetAlpha", 0, 32, [](auto& to, auto*, auto*) { return to.resetAlpha(); },
-          [](auto& to, Dib, Dib) { definition::AlphaAlpha(to, 255); }}});
+          [](auto& to, Dib, Dib) { reference::AlphaAlpha(to, 255); }}});
     return all;
 }
 

@@ -69,7 +69,7 @@ TEST(TarvexDibConversion, EqualsTheDefinition)
                     if (bits <= 8) // what the table lacks is black
                         to.SetColorTable(to.GetColorTable(), full);
                     if (bits < (withAlpha ? 32 : 24))
-                        definition::ChangeToTrueColor(to, withAlpha);
+                        reference::ChangeToTrueColor(to, withAlpha);
                 };
                 ASSERT_NO_FATAL_FAILURE(ExpectAsDefined(
                     dib, [=](CTarvexDib& to) { return to.ChangeToTrueColor(withAlpha); }, define));
@@ -87,7 +87,7 @@ TEST(TarvexDibClone, EqualsTheDefinition)
         const int top = RandomInt(0, source.Height() - 1), bottom = RandomInt(top, source.Height());
         ASSERT_NO_FATAL_FAILURE(ExpectAsDefined(
             dib, [&](CTarvexDib& to) { return to.Clone(source, left, top, right, bottom); },
-            [&](CTarvexDib& to) { definition::Clone(to, source, left, top, right, bottom); }));
+            [&](CTarvexDib& to) { reference::Clone(to, source, left, top, right, bottom); }));
     }
 }
 
@@ -97,7 +97,7 @@ TEST(TarvexDibClone, StepsThatAddUpToMoreThanTheSource)
     ExpectAsDefined(
         RandomPicture(1, 200000, 24),
         [&](CTarvexDib& to) { return to.Clone(source, 0, 1048576, 1, 1048577); },
-        [&](CTarvexDib& to) { definition::Clone(to, source, 0, 1048576, 1, 1048577); });
+        [&](CTarvexDib& to) { reference::Clone(to, source, 0, 1048576, 1, 1048577); });
 }
 
 TEST(TarvexDibClone, ColumnsAreCutBeforeTheyAreShifted)
@@ -127,7 +127,7 @@ TEST(TarvexDibCopyRect, BothFormsEqualTheDefinition)
         const bool fits = isInside(dib, destX, destY) && isInside(source, srcX, srcY);
         CTarvexDib expected(dib);
         if (fits)
-            definition::CopyRect(expected, destX, destY, source, srcX, srcY, std::clamp(columns, 0, 8), end);
+            reference::CopyRect(expected, destX, destY, source, srcX, srcY, std::clamp(columns, 0, 8), end);
         copied += fits;
         ASSERT_EQ(dib.CopyRect(destX, destY, source, srcX, srcY, columns, end), fits);
         ASSERT_EQ(PixelBytes(dib), PixelBytes(expected));

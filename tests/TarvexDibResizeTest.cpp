@@ -104,7 +104,7 @@ TEST(TarvexDibResize, EqualsTheDefinitionEverywhere)
                         dib.SetupInterpolMethod(method);
                         return dib.Resize(source) && source.GetInterpolMethod() == method;
                     },
-                    [&](CTarvexDib& dib) { definition::Resize(dib, source, method); }));
+                    [&](CTarvexDib& dib) { reference::Resize(dib, source, method); }));
             }
 }
 
@@ -144,8 +144,8 @@ TEST(TarvexDibResize, SamplersWriteOnePixel)
                 for (const double y : {0.0, 0.49, 0.5, 1.8, 2.9})
                 {
                     Bytes out = {1, 2, 3, 4, 5, 6}, expected = out;
-                    definition::Sample(dib, static_cast<Method>(method), x, y, dib.PixelSize(),
-                                       expected.data());
+                    reference::Sample(dib, static_cast<Method>(method), x, y, dib.PixelSize(),
+                                      expected.data());
                     dib.Sample(x, y, out.data());
                     EXPECT_EQ(out, expected)
                         << bits << " bits, method " << method << " at " << x << ", " << y;
@@ -194,11 +194,11 @@ TEST(TarvexDibResize, TheSourceTakesTheMethodOnlyWithTheResize)
     EXPECT_TRUE(low.Resize(flat));
 }
 
-TEST(TarvexDibResize, SmallDivisorsDivideEveryNumber)
+TEST(TarvexDibResize, InvariantDivisorsDivideEveryNumber)
 {
     for (int divisor = 2; divisor <= 127; ++divisor)
     {
-        const zel::SmallDivisor small(divisor);
+        const zel::InvariantDivisor small(divisor);
         for (int number = 0; 2 * number <= 511 * divisor; ++number)
             ASSERT_EQ(number * small.multiplier >> 16 >> small.shift, number / divisor) << number;
     }

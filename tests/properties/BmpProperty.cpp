@@ -1,14 +1,14 @@
 // BMP files and packed forms against a plain reading of their bytes; what is saved loads again, and saves to
 // the same bytes.
 
-#include "Fuzz.h"
+#include "Properties.h"
 
 #include "ZelUtil/TarvexDib.h"
 
 #include <cstring>
 #include <optional>
 
-using namespace fuzz;
+using namespace test;
 
 namespace
 {
@@ -205,11 +205,10 @@ void CheckSave(const CTarvexDib& dib)
 
 } // namespace
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void property::Bmp(Input input)
 {
-    const Bytes file = Affordable(Bytes(data, data + std::min<std::size_t>(size, 4096)));
+    const Bytes file = Affordable(input.Rest());
     CheckSave(CheckFile(file));
     CheckSave(CheckPacked(Bytes(
         file.begin() + static_cast<std::ptrdiff_t>(std::min<std::size_t>(file.size(), 14)), file.end())));
-    return 0;
 }

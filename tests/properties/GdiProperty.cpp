@@ -1,7 +1,7 @@
 // A script of graphics calls on the device over memory, each compared with a model: what there is, what the
 // call gives, and afterwards every pixel.
 
-#include "Fuzz.h"
+#include "Properties.h"
 
 #include "StretchModel.h"
 #include "ZelUtil/WinDib.h"
@@ -9,7 +9,7 @@
 #include <cstring>
 #include <map>
 
-using namespace fuzz;
+using namespace test;
 using test::Area;
 using test::Pixels;
 
@@ -595,10 +595,8 @@ private:
 
 } // namespace
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void property::Gdi(Input input)
 {
-    Input input(data, std::min<std::size_t>(size, 4096));
     Script script;
     script.Run(input);
-    return 0;
 }

@@ -1,16 +1,16 @@
 // Every operation of the image on what a BMP file gives and on pictures made beside it, by every kernel set,
 // against the operation's definition; where it is refused, nothing has changed.
 
-#include "Fuzz.h"
+#include "Properties.h"
 
-#include "Definitions.h"
-#include "KernelSets.h"
+#include "ImageReference.h"
+#include "Targets.h"
 #include "ZelUtil/TarvexDib.h"
 
 #include <functional>
 #include <limits>
 
-using namespace fuzz;
+using namespace test;
 using test::HasPixels;
 using test::IsTrueColor;
 using test::SameSize;
@@ -29,7 +29,7 @@ void Check(const char* name, const CTarvexDib& target, bool isAdmitted,
     CTarvexDib expected(target);
     if (isAdmitted && HasPixels(target))
         define(expected);
-    test::ByEveryKernelSet(
+    test::ForEachTarget(
         [&]
         {
             CTarvexDib result(target);
@@ -103,15 +103,15 @@ void CheckBlends(const CTarvexDib& target, const CTarvexDib& a, const CTarvexDib
     Check(
         "AlphaBlendPerPixel", target, isAdmitted && s1->BitCount() == 32,
         [&](CTarvexDib& to) { return to.AlphaBlendPerPixel(first(to), second(to)); },
-        [&](CTarvexDib& to) { definition::AlphaBlendPerPixel(to, *first(to), *second(to)); });
+        [&](CTarvexDib& to) { reference::AlphaBlendPerPixel(to, *first(to), *second(to)); });
     Check(
         "AlphaBlend", target, isAdmitted,
         [&](CTarvexDib& to) { return to.AlphaBlend(first(to), second(to), alpha); },
-        [&](CTarvexDib& to) { definition::AlphaBlend(to, *first(to), *second(to), alpha); });
+        [&](CTarvexDib& to) { reference::AlphaBlend(to, *first(to), *second(to), alpha); });
     Check(
         "ShadePerPixel", target, isAdmitted,
         [&](CTarvexDib& to) { return to.ShadePerPixel(first(to), second(to), strength); },
-        [&](CTarvexDib& to) { definition::ShadePerPixel(to, *first(to), *second(to), strength); });
+        [&](CTarvexDib& to) { reference::ShadePerPixel(to, *first(to), *second(to), strength); });
 
     // A key that stands somewhere in the picture.
     const int x = controls.Byte(), y = controls.Byte();
@@ -122,29 +122,29 @@ void CheckBlends(const CTarvexDib& target, const CTarvexDib& a, const CTarvexDib
         "TransparentBlend", target, isAdmitted,
         [&](CTarvexDib& to) { return to.TransparentBlend(first(to), second(to), key[2], key[1], key[0]); },
         [&](CTarvexDib& to)
-        { definition::TransparentBlend(to, *first(to), *second(to), key[2], key[1], key[0]); });
+        { reference::TransparentBlend(to, *first(to), *second(to), key[2], key[1], key[0]); });
 
     const bool hasAlpha = target.BitCount() == 32, opaqueOthers = alpha % 2 == 1;
     Check(
         "TransparentAlpha", target, hasAlpha,
         [&](CTarvexDib& to) { return to.TransparentAlpha(key[2], key[1], key[0], opaqueOthers); },
-        [&](CTarvexDib& to) { definition::TransparentAlpha(to, key[2], key[1], key[0], opaqueOthers); });
+        [&](CTarvexDib& to) { reference::TransparentAlpha(to, key[2], key[1], key[0], opaqueOthers); });
     Check(
         "SetAlphaPlane", target, s1 != nullptr && hasAlpha && s1->BitCount() == 8 && SameSize(target, *s1),
         [&](CTarvexDib& to) { return to.SetAlphaPlane(first(to)); },
-        [&](CTarvexDib& to) { definition::SetAlphaPlane(to, *first(to)); });
+        [&](CTarvexDib& to) { reference::SetAlphaPlane(to, *first(to)); });
     Check(
         "AlphaAlpha", target, hasAlpha, [&](CTarvexDib& to) { return to.AlphaAlpha(alpha); },
-        [&](CTarvexDib& to) { definition::AlphaAlpha(to, alpha); });
+        [&](CTarvexDib& to) { reference::AlphaAlpha(to, alpha); });
     Check(
         "resetAlpha", target, hasAlpha, [](CTarvexDib& to) { return to.resetAlpha(); },
-        [](CTarvexDib& to) { definition::AlphaAlpha(to, 255); });
+        [](CTarvexDib& to) { reference::AlphaAlpha(to, 255); });
 
     const float red = Fraction(controls), green = Fraction(controls), blue = Fraction(controls),
                 weight = Fraction(controls);
     Check(
         "ColorMix", target, hasAlpha, [&](CTarvexDib& to) { return to.ColorMix(red, green, blue, weight); },
-        [&](CTarvexDib& to) { definition::ColorMix(to, red, green, blue, weight); });
+        [&](CTarvexDib& to) { reference::ColorMix(to, red, green, blue, weight); });
 }
 
 // From one image to another of any size.
@@ -164,7 +164,7 @@ void CheckRegions(const CTarvexDib& target, const CTarvexDib& source, const Byte
                 Require(!isDone || from.GetInterpolMethod() == method, "the source takes the method");
                 return isDone;
             },
-            [&](CTarvexDib& to) { definition::Resize(to, source, method); });
+            [&](CTarvexDib& to) { reference::Resize(to, source, method); });
 
     const int width = source.Width(), height = source.Height();
     const int left = Near(controls, width - 1), top = Near(controls, height - 1);
@@ -174,7 +174,7 @@ void CheckRegions(const CTarvexDib& target, const CTarvexDib& source, const Byte
         isTrueColor && left >= 0 && left < width && right >= left && right <= width && top >= 0 &&
             top < height && bottom >= top && bottom <= height,
         [&](CTarvexDib& to) { return to.Clone(source, left, top, right, bottom); },
-        [&](CTarvexDib& to) { definition::Clone(to, source, left, top, right, bottom); });
+        [&](CTarvexDib& to) { reference::Clone(to, source, left, top, right, bottom); });
 
     const int destX = Near(controls, target.Width() - 1), destY = Near(controls, target.Height() - 1);
     const int columns = Near(controls, width), rowEnd = Near(controls, height);
@@ -188,7 +188,7 @@ void CheckRegions(const CTarvexDib& target, const CTarvexDib& source, const Byte
             isPixel(left, top, width, height),
         [&](CTarvexDib& to) { return to.CopyRect(destX, destY, source, left, top, columns, rowEnd); },
         [&](CTarvexDib& to)
-        { definition::CopyRect(to, destX, destY, source, left, top, someColumns, rowEnd); });
+        { reference::CopyRect(to, destX, destY, source, left, top, someColumns, rowEnd); });
 
     const int rawWidth = controls.Byte() % 40;
     const int rawHeight =
@@ -205,8 +205,8 @@ void CheckRegions(const CTarvexDib& target, const CTarvexDib& source, const Byte
         },
         [&](CTarvexDib& to)
         {
-            definition::CopyRect(to, destX, destY, pixels.data(), rawWidth, rawHeight, left, top, someColumns,
-                                 rowEnd);
+            reference::CopyRect(to, destX, destY, pixels.data(), rawWidth, rawHeight, left, top, someColumns,
+                                rowEnd);
         });
     Check(
         "CopyRect at another depth", target, false,
@@ -244,7 +244,7 @@ void CheckColors(const CTarvexDib& dib, Input controls)
                 if (to.BitCount() <= 8) // what the file's table lacks is black
                     to.SetColorTable(to.GetColorTable(), FullTable(to));
                 if (!stays)
-                    definition::ChangeToTrueColor(to, bits == 32);
+                    reference::ChangeToTrueColor(to, bits == 32);
             });
     }
 
@@ -304,9 +304,8 @@ void CheckAll(const CTarvexDib& dib, const Bytes& bytes, Input controls)
 
 } // namespace
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void property::Image(Input input)
 {
-    Input input(data, std::min<std::size_t>(size, 4096));
     const Bytes controlBytes = input.Take(kControlBytes);
     Input controls(controlBytes.data(), controlBytes.size());
     Bytes file = Affordable(input.Rest());
@@ -323,11 +322,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     else if (file.size() > 14)
         dib.Load(file.data() + 14, static_cast<int>(file.size() - 14));
     if (dib.BitCount() == 0 || std::int64_t{dib.Width()} * dib.Height() > kMaxPixels)
-        return 0;
+        return;
 
     CheckAll(dib, file, controls);
     CTarvexDib trueColor(dib);
     if (!IsTrueColor(dib) && trueColor.ChangeToTrueColor(way % 2 == 0))
         CheckAll(trueColor, file, controls);
-    return 0;
 }

@@ -1,13 +1,13 @@
 // Both engines of the INI reader and its listing against their model.
 
-#include "Fuzz.h"
+#include "Properties.h"
 
 #include "IniModel.h"
 #include "ZelUtil/INIFileReader.h"
 
 #include <set>
 
-using namespace fuzz;
+using namespace test;
 using test::Found;
 using test::Text;
 
@@ -42,9 +42,8 @@ Text OtherCase(Text text)
 
 } // namespace
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void property::Ini(Input input)
 {
-    Input input(data, std::min<std::size_t>(size, 4096));
     const unsigned order = input.Byte();
     const Text section = input.Text(), key = input.Text();
     const Bytes rest = input.Rest();
@@ -73,5 +72,4 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     for (bool more = reader.getFirstSectionName(path, name); more; more = reader.getNextSectionName(name))
         names.push_back(name);
     Require(names == test::ListingModel(file), "the listing is the model's");
-    return 0;
 }

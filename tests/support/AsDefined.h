@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Definitions.h"
-#include "KernelSets.h"
+#include "ImageReference.h"
 #include "Pictures.h"
+#include "Targets.h"
 
 #include <gtest/gtest.h>
 
@@ -27,7 +27,7 @@ void ExpectAsDefined(const CTarvexDib& target, const Run& run, const Define& def
     if (HasPixels(target))
         define(expected);
     int set = 0;
-    ByEveryKernelSet(
+    ForEachTarget(
         [&]
         {
             CTarvexDib result(target);

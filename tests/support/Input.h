@@ -5,29 +5,25 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
+#include <stdexcept>
 #include <string>
 
-/// A target: asserts its properties for one input.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-
-/// What the targets share.
-namespace fuzz
+namespace test
 {
 
-using test::Bytes;
-
-/// Ends the process, as the engine expects, where a property does not hold.
-inline void Require(bool holds, const std::string& property)
+/// A property throws it where something that has to hold does not.
+struct Violation : std::runtime_error
 {
-    if (holds)
-        return;
-    std::fprintf(stderr, "This does not hold: %s\n", property.c_str());
-    std::abort();
+    using std::runtime_error::runtime_error;
+};
+
+inline void Require(bool holds, const std::string& what)
+{
+    if (!holds)
+        throw Violation("this does not hold: " + what);
 }
 
-/// Takes an input from its front; behind its end there are zeros.
+/// The bytes that decide what a property tries, taken from the front. After the last byte there are zeros.
 class Input
 {
 public:
@@ -37,7 +33,7 @@ public:
     std::uint8_t Byte() { return IsEmpty() ? std::uint8_t{0} : *m_at++; }
     int Below(int limit) { return Byte() % limit; }
 
-    /// Small numbers of both signs, and the two extremes.
+    /// Small numbers of both signs, and the two extremes of int.
     int Number()
     {
         const int number = static_cast<std::int8_t>(Byte());
@@ -52,7 +48,7 @@ public:
     }
     Bytes Rest() { return Take(static_cast<std::size_t>(m_end - m_at)); }
 
-    /// A text that ends at a zero byte.
+    /// A text up to the next zero byte.
     std::string Text()
     {
         std::string text;
@@ -66,16 +62,16 @@ private:
     const std::uint8_t* m_end;
 };
 
-/// The path of a file with these bytes, until the next call.
+/// The path of a file with these bytes, valid until the next call.
 inline std::string Scratch(const Bytes& bytes)
 {
-    static const test::TemporaryFolder folder;
+    static const TemporaryFolder folder;
     const std::string path = folder / "input";
-    test::WriteFile(path, bytes);
+    WriteFile(path, bytes);
     return path;
 }
 
-/// A file that claims more than 64 KB of pixels loses what it has of them, so that loading it is cheap.
+/// Cuts the pixels off a BMP file that claims more than 64 KB of them, so that loading it is cheap.
 inline Bytes Affordable(Bytes file)
 {
     const auto number = [&](std::size_t at)
@@ -91,4 +87,4 @@ inline Bytes Affordable(Bytes file)
     return file;
 }
 
-} // namespace fuzz
+} // namespace test

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "image/Kernels.h"
+#include "kernels/Kernels.h"
 
 #include <vector>
 
@@ -8,9 +8,9 @@ namespace test
 {
 
 /// The sets of row kernels that this processor can run.
-inline std::vector<const zel::Kernels*> KernelSets()
+inline std::vector<const zel::KernelTable*> Targets()
 {
-    std::vector<const zel::Kernels*> sets = {&zel::kPlainKernels};
+    std::vector<const zel::KernelTable*> sets = {&zel::kScalarKernels};
 #if defined(__x86_64__) || defined(__i386__)
     sets.push_back(&zel::kSse2Kernels);
     if (__builtin_cpu_supports("avx2"))
@@ -21,14 +21,14 @@ inline std::vector<const zel::Kernels*> KernelSets()
 
 /// Runs `use` by each of them.
 template <typename Use>
-void ByEveryKernelSet(const Use& use)
+void ForEachTarget(const Use& use)
 {
-    for (const zel::Kernels* const set : KernelSets())
+    for (const zel::KernelTable* const set : Targets())
     {
-        zel::ForceKernels(set);
+        zel::SetKernelsForTest(set);
         use();
     }
-    zel::ForceKernels(nullptr);
+    zel::SetKernelsForTest(nullptr);
 }
 
 } // namespace test
