@@ -60,7 +60,7 @@ bool BitmapCache::releaseBitmap(CTarvexDib* const bitmap)
     return Release(FindImage(bitmap));
 }
 
-// No entry holds null, so null is found nowhere.
+// No entry has a null image, so null is never found.
 BitmapCache::Bitmaps::iterator BitmapCache::FindImage(const CTarvexDib* bitmap)
 {
     return std::find_if(m_bitmaps.begin(), m_bitmaps.end(),

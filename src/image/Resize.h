@@ -5,30 +5,86 @@
 #include <cstddef>
 #include <memory>
 
-/// The roads of CTarvexDib::Resize, one for each method. Each fills all pixels of `to`, `channels` bytes a
-/// pixel, from an image with pixels; both have 24 or 32 bits. A step is the distance of two pixels of `to` in
-/// `from`. std::bad_alloc, before the first pixel, where memory for the tables runs out.
+/// The paths of CTarvexDib::Resize. Resize.cpp tells which is taken, and why.
 namespace zel
 {
 
-void ResizeNearest(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels);
-void ResizeLinear(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels);
-void ResizeCubic(const CTarvexDib& to, const CTarvexDib& from, double stepX, double stepY, int channels);
+/// One call of Resize. Both images have pixels, and 24 or 32 bits.
+struct ResizeJob
+{
+    const CTarvexDib& to;
+    const CTarvexDib& from;
+    int channels; ///< bytes that are written per pixel: 3 or 4, and no more than either image has
+    double stepX; ///< distance of neighbouring pixels of `to`, measured in pixels of `from`
+    double stepY;
+};
 
-/// Fills `to` with pixels of `from`: in row r and column i the `channels` bytes in row rows[r] at columns[i].
-/// Alpha, where `to` has some and `from` has none, stays, or becomes 255 when `opaque`.
+/// \name Methods
+/// Each fills all pixels of the target. std::bad_alloc, before the first pixel is written, where memory for
+/// the tables runs out.
+/// @{
+void ResizeNearest(const ResizeJob& job);
+void ResizeLinear(const ResizeJob& job);
+void ResizeCubic(const ResizeJob& job);
+/// @}
+
+/// The positions along an axis as fractions of integers: position i is i * numerator / denominator.
+struct RationalScale
+{
+    RationalScale(int to, int from);
+
+    int Index(int i) const;     ///< the integer part of position i
+    int Remainder(int i) const; ///< what is left, in units of 1 / denominator
+
+    int numerator;
+    int denominator;
+};
+
+/// \name Paths
+/// Called by the methods, when the scales admit them.
+/// @{
+
+/// Any scale.
+void ResizeLinearSeparable(const ResizeJob& job);
+void ResizeCubicSeparable(const ResizeJob& job);
+
+/// Scales for which FitsFixedPoint in Resize.cpp holds.
+void ResizeLinearFixedPoint(const ResizeJob& job, const RationalScale& x, const RationalScale& y);
+
+/// Scales whose denominators are 1.
+void ResizeCubicInteger(const ResizeJob& job, const RationalScale& x, const RationalScale& y);
+
+/// @}
+
+/// Fills `to` with pixels of `from`: the pixel in column i and row r is the `channels` bytes at
+/// columns[i] in row rows[r]. Where `to` has alpha and `from` has none, alpha stays, or becomes 255 when
+/// `opaque`.
 void ScaleRows(const CTarvexDib& to, const CTarvexDib& from, const int* columns, const int* rows,
                int channels, bool opaque);
 
-/// What `entryOf` gives for each column, or row. std::bad_alloc where memory runs out, on 32 bits too.
-template <typename EntryOf>
-auto Tabulate(int columns, const EntryOf& entryOf)
+/// A table of valueOf(0) to valueOf(count - 1). std::bad_alloc where memory runs out, on 32 bits too.
+template <typename ValueOf>
+auto Tabulate(int count, const ValueOf& valueOf)
 {
-    using Entry = decltype(entryOf(0));
-    auto table = std::make_unique_for_overwrite<Entry[]>(static_cast<std::size_t>(columns));
-    for (int i = 0; i < columns; ++i)
-        table.get()[i] = entryOf(i);
+    using Value = decltype(valueOf(0));
+    auto table = std::make_unique_for_overwrite<Value[]>(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i)
+        table.get()[i] = valueOf(i);
     return table;
+}
+
+/// The y positions of `count` rows. They are defined by repeated addition from the top, so that they are
+/// found in this order, whatever the order of use.
+template <typename ValueOf>
+auto TabulateRows(int count, double top, double step, const ValueOf& valueOf)
+{
+    double y = top;
+    return Tabulate(count,
+                    [&](int row)
+                    {
+                        y += row == 0 ? 0.0 : step;
+                        return valueOf(y);
+                    });
 }
 
 } // namespace zel

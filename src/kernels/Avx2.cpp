@@ -1,9 +1,12 @@
 #include <cstdint>
 #include <cstring>
 #include <immintrin.h>
+#include <limits>
 
 #include "kernels/Kernels.h"
 
+// The vector rows for AVX2. The names have internal linkage, and the rows are included after the operations
+// that they are made of, so that this code runs where Dispatch.cpp chose it and nowhere else.
 namespace
 {
 
@@ -29,7 +32,7 @@ V Set(std::uint32_t value)
     return {_mm256_set1_epi32(static_cast<int>(value))};
 }
 
-/// The bytes of the lower or upper half, of each 16 bytes, as words.
+/// The bytes of the lower or upper half of each 16 bytes, widened to words.
 inline Vector PromoteLower(Vector a)
 {
     return {_mm256_unpacklo_epi8(a.v, _mm256_setzero_si256())};
@@ -50,13 +53,13 @@ inline Vector PromoteUpperTimes256(Vector a)
     return {_mm256_unpackhi_epi8(_mm256_setzero_si256(), a.v)};
 }
 
-/// The reverse, for words up to 255.
+/// The reverse: words of up to 255, narrowed to bytes.
 inline Vector Demote(Vector low, Vector high)
 {
     return {_mm256_packus_epi16(low.v, high.v)};
 }
 
-/// The upper words of the products.
+/// The upper words of the 32-bit products.
 inline Vector MulHigh(Vector a, Vector b)
 {
     return {_mm256_mulhi_epu16(a.v, b.v)};
@@ -72,7 +75,7 @@ inline Vector Or(Vector a, Vector b)
     return {_mm256_or_si256(a.v, b.v)};
 }
 
-/// The bytes of `a` where `mask` has all bits of them, elsewhere, where it has none, those of `b`.
+/// The bytes of `a` where those of `mask` are 255, and those of `b` where they are 0.
 inline Vector IfThenElse(Vector mask, Vector a, Vector b)
 {
     return {_mm256_blendv_epi8(b.v, a.v, mask.v)};
@@ -83,15 +86,16 @@ inline Vector Equal32(Vector a, Vector b)
     return {_mm256_cmpeq_epi32(a.v, b.v)};
 }
 
-/// For Lerp: a weight of 1 to 255, and 256 less it.
+/// The weight of Lerp, 1 to 255, in pairs with 256 - weight.
 template <typename V>
 V WeightOf(int weight)
 {
     return {_mm256_set1_epi16(static_cast<short>(weight | (256 - weight) << 8))};
 }
 
-/// s2 + ((s1 - s2) * weight >> 8) on every byte, as s1 * weight + s2 * (256 - weight) over 256. The sum of
-/// bytes less 128 each is less by 128 * 256, and then fits 16 bits with a sign.
+/// (s1 * weight + s2 * (256 - weight)) / 256 on every byte, rounded down, which is
+/// s2 + ((s1 - s2) * weight >> 8). Both bytes are biased by -128 so that the 16-bit sum cannot overflow:
+/// (s1 - 128) * weight + (s2 - 128) * (256 - weight) = 256 * result - 32768.
 inline Vector LerpPairs(Vector s1, Vector s2, __m256i lowWeights, __m256i highWeights)
 {
     const __m256i sign = _mm256_set1_epi8(-128);
@@ -107,7 +111,7 @@ inline Vector Lerp(Vector s1, Vector s2, Vector weight)
     return LerpPairs(s1, s2, weight.v, weight.v);
 }
 
-/// Lerp, with the alpha of each pixel of s1. The 256 that alpha 0 leaves to s2 is no byte.
+/// Lerp by the alpha of each pixel of s1. Alpha 0 is chosen apart, since the weight 256 of s2 is not a byte.
 inline Vector LerpByAlpha(Vector s1, Vector s2)
 {
     const __m256i zero = _mm256_setzero_si256();
@@ -119,7 +123,7 @@ inline Vector LerpByAlpha(Vector s1, Vector s2)
     return IfThenElse({_mm256_cmpeq_epi8(alpha, zero)}, s2, mixed);
 }
 
-/// One byte for each pixel, in its highest place.
+/// One byte per pixel, in its highest byte.
 template <typename V>
 V LoadAsAlpha(const unsigned char* bytes)
 {
@@ -127,9 +131,9 @@ V LoadAsAlpha(const unsigned char* bytes)
     return {_mm256_slli_epi32(_mm256_cvtepu8_epi32(eight), 24)};
 }
 
-constexpr bool kReadsTriples = true;
+constexpr bool kLoadsTriples = true;
 
-/// Eight pixels, `step` bytes each, as 4 bytes each. Of 3 bytes each it reads 28 bytes.
+/// Eight pixels of `step` bytes, widened to 4 bytes each. For a step of 3 this loads 28 bytes.
 template <typename V>
 V LoadPixels(const unsigned char* bytes, int step)
 {
@@ -141,7 +145,7 @@ V LoadPixels(const unsigned char* bytes, int step)
     return {_mm256_set_m128i(_mm_shuffle_epi8(high, spread), _mm_shuffle_epi8(low, spread))};
 }
 
-/// Stores four pixels as 3 bytes each.
+/// Stores four pixels of 4 bytes as pixels of 3 bytes.
 inline void StoreTriples(unsigned char* bytes, __m128i pixels)
 {
     const __m128i close = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
@@ -151,7 +155,7 @@ inline void StoreTriples(unsigned char* bytes, __m128i pixels)
     std::memcpy(bytes + 8, &rest, sizeof rest);
 }
 
-/// Stores the three colours of eight pixels, `step` bytes each. A fourth byte stays.
+/// Stores blue, green, red of eight pixels at `step` bytes each. A fourth byte of the target stays.
 inline void StoreColors(unsigned char* bytes, int step, Vector a)
 {
     if (step == 3)
@@ -164,20 +168,20 @@ inline void StoreColors(unsigned char* bytes, int step, Vector a)
     Store(bytes, IfThenElse(colors, a, Load<Vector>(bytes)));
 }
 
-/// ScaleColumnsRow for the first pixels, of `channels` bytes in both rows; gives how many. Four at a time, as
-/// long as sixteen bytes from the first of them on hold them, as they do where a row grows; the last pixel of
-/// all tells how far the source may be read.
+/// ScaleColumnsRow for the first pixels, of `channels` bytes in both rows. Returns the number of pixels done.
+/// It takes four pixels at a time as long as the sixteen bytes from the first of them on contain all four, as
+/// they do when a row is enlarged. The last offset tells how far the source may be read.
 inline int ScaleColumnsShuffle(unsigned char* dst, const unsigned char* src, const int* offsets, int count,
                                int channels)
 {
-    constexpr int kBehind = 2; // pixels of 3 bytes that storing sixteen bytes touches besides
+    constexpr int kOverrun = 2; // storing sixteen bytes touches this many more pixels of 3 bytes
     const bool triples = channels == 3;
     const __m128i spread = triples ? _mm_setr_epi8(0, 0, 0, 4, 4, 4, 8, 8, 8, 12, 12, 12, 0, 0, 0, 0)
                                    : _mm_setr_epi8(0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12, 12, 12);
     const __m128i bytes = triples ? _mm_setr_epi8(0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 0, 0, 0)
                                   : _mm_setr_epi8(0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3);
     int done = 0;
-    for (; done + 4 + kBehind <= count; done += 4, dst += 4 * channels)
+    for (; done + 4 + kOverrun <= count; done += 4, dst += 4 * channels)
     {
         const int first = offsets[done];
         if (offsets[done + 3] > first + 12 || offsets[count - 1] + channels < first + 16)
@@ -191,7 +195,7 @@ inline int ScaleColumnsShuffle(unsigned char* dst, const unsigned char* src, con
     return done;
 }
 
-/// HorizontalFixedRow for the first columns, two at a time; gives how many.
+/// HorizontalFixedRow for the first columns, two at a time. Returns the number of columns done.
 inline int HorizontalFixedPixels(std::uint16_t* out, const unsigned char* src, const zel::FixedTaps& columns,
                                  int channels)
 {
@@ -209,7 +213,7 @@ inline int HorizontalFixedPixels(std::uint16_t* out, const unsigned char* src, c
                                ? _mm_setr_epi16(first, first, first, second, second, second, none, none)
                                : _mm_setr_epi16(first, first, first, first, second, second, second, second);
     int done = 0;
-    for (; done + 2 <= columns.whole; done += 2, out += 2 * channels)
+    for (; done + 2 <= columns.wideReadEnd; done += 2, out += 2 * channels)
     {
         long long left, right;
         int weights;
@@ -225,7 +229,7 @@ inline int HorizontalFixedPixels(std::uint16_t* out, const unsigned char* src, c
 
 using Floats = __m128;
 
-/// The four bytes of a pixel.
+/// Four bytes of a pixel.
 inline Floats PixelAsFloats(const unsigned char* bytes)
 {
     int four;
@@ -238,8 +242,8 @@ inline void StoreFloats(float* out, Floats values)
     _mm_storeu_ps(out, values);
 }
 
-/// Eight sums of four rows in steps of 1 / 65536, and half of 65536.
-inline __m256i StepsOf(const float* const (&rows)[4], const __m256 (&weights)[4], std::ptrdiff_t at)
+/// Eight sums of four rows in Q16, plus one half: rounding is then a shift by 16.
+inline __m256i RoundedSums(const float* const (&rows)[4], const __m256 (&weights)[4], std::ptrdiff_t at)
 {
     const __m256 first = _mm256_add_ps(_mm256_mul_ps(_mm256_loadu_ps(rows[0] + at), weights[0]),
                                        _mm256_mul_ps(_mm256_loadu_ps(rows[1] + at), weights[1]));
@@ -248,41 +252,46 @@ inline __m256i StepsOf(const float* const (&rows)[4], const __m256 (&weights)[4]
     return _mm256_add_epi32(_mm256_cvttps_epi32(sum), _mm256_set1_epi32(32768));
 }
 
-/// The bytes of 32 words that come in four parts, in order.
-inline __m256i InOrder(__m256i words01, __m256i words23)
+/// 32 words, narrowed to bytes. They come from two packs of four vectors, which leave them interleaved by 128
+/// bits; the permutation restores their order.
+inline __m256i DemoteInOrder(__m256i words01, __m256i words23)
 {
     const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
     return _mm256_permutevar8x32_epi32(_mm256_packus_epi16(words01, words23), order);
 }
 
-/// VerticalRow of four taps for the first sums; gives how many.
-inline std::ptrdiff_t AddSteps(unsigned char* out, unsigned char* ambiguous, const float* const (&rows)[4],
-                               const float (&factors)[4], std::ptrdiff_t count)
+/// VerticalRow of four taps for the first sums. Returns the number of sums done.
+inline std::ptrdiff_t VerticalFourTaps(unsigned char* out, unsigned char* ambiguous,
+                                       const float* const (&rows)[4], const float (&coefficients)[4],
+                                       std::ptrdiff_t count)
 {
-    const __m256 weights[4] = {_mm256_set1_ps(factors[0] * 65536.0F), _mm256_set1_ps(factors[1] * 65536.0F),
-                               _mm256_set1_ps(factors[2] * 65536.0F), _mm256_set1_ps(factors[3] * 65536.0F)};
+    const __m256 weights[4] = {
+        _mm256_set1_ps(coefficients[0] * 65536.0F), _mm256_set1_ps(coefficients[1] * 65536.0F),
+        _mm256_set1_ps(coefficients[2] * 65536.0F), _mm256_set1_ps(coefficients[3] * 65536.0F)};
     const __m256i low = _mm256_set1_epi32(65535), zero = _mm256_setzero_si256();
     const __m256i margin = _mm256_set1_epi16(zel::kRoundingMargin);
     const __m256i width = _mm256_set1_epi16(2 * zel::kRoundingMargin);
     std::ptrdiff_t done = 0;
     for (; done + 32 <= count; done += 32)
     {
-        const __m256i steps0 = StepsOf(rows, weights, done), steps1 = StepsOf(rows, weights, done + 8);
-        const __m256i steps2 = StepsOf(rows, weights, done + 16), steps3 = StepsOf(rows, weights, done + 24);
-        const __m256i whole =
-            InOrder(_mm256_packus_epi32(_mm256_srli_epi32(steps0, 16), _mm256_srli_epi32(steps1, 16)),
-                    _mm256_packus_epi32(_mm256_srli_epi32(steps2, 16), _mm256_srli_epi32(steps3, 16)));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + done), whole);
+        const __m256i sums0 = RoundedSums(rows, weights, done), sums1 = RoundedSums(rows, weights, done + 8);
+        const __m256i sums2 = RoundedSums(rows, weights, done + 16),
+                      sums3 = RoundedSums(rows, weights, done + 24);
+        const __m256i bytes =
+            DemoteInOrder(_mm256_packus_epi32(_mm256_srli_epi32(sums0, 16), _mm256_srli_epi32(sums1, 16)),
+                          _mm256_packus_epi32(_mm256_srli_epi32(sums2, 16), _mm256_srli_epi32(sums3, 16)));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + done), bytes);
 
-        const __m256i rest01 =
-            _mm256_packus_epi32(_mm256_and_si256(steps0, low), _mm256_and_si256(steps1, low));
-        const __m256i rest23 =
-            _mm256_packus_epi32(_mm256_and_si256(steps2, low), _mm256_and_si256(steps3, low));
+        // A fraction within the margin of 0, from either side, leaves 0 when the width of both is subtracted.
+        const __m256i fractions01 =
+            _mm256_packus_epi32(_mm256_and_si256(sums0, low), _mm256_and_si256(sums1, low));
+        const __m256i fractions23 =
+            _mm256_packus_epi32(_mm256_and_si256(sums2, low), _mm256_and_si256(sums3, low));
         const __m256i near01 =
-            _mm256_cmpeq_epi16(_mm256_subs_epu16(_mm256_add_epi16(rest01, margin), width), zero);
+            _mm256_cmpeq_epi16(_mm256_subs_epu16(_mm256_add_epi16(fractions01, margin), width), zero);
         const __m256i near23 =
-            _mm256_cmpeq_epi16(_mm256_subs_epu16(_mm256_add_epi16(rest23, margin), width), zero);
-        const __m256i marks = InOrder(_mm256_srli_epi16(near01, 15), _mm256_srli_epi16(near23, 15));
+            _mm256_cmpeq_epi16(_mm256_subs_epu16(_mm256_add_epi16(fractions23, margin), width), zero);
+        const __m256i marks = DemoteInOrder(_mm256_srli_epi16(near01, 15), _mm256_srli_epi16(near23, 15));
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(ambiguous + done), marks);
     }
     return done;
@@ -293,7 +302,7 @@ struct Doubles
     __m256d v;
 };
 
-/// sum += the four bytes of a pixel under a weight.
+/// sum += weight * the four bytes of a pixel. Multiplication and addition round one after the other.
 inline void AddProduct(Doubles& sum, const unsigned char* bytes, double weight)
 {
     int four;
@@ -320,8 +329,8 @@ namespace zel
 namespace
 {
 
-/// Takes each byte, and gives each product rounded down, as 2^52 plus itself: a double whose lower word it
-/// is.
+/// Shades bytes of s1 and s2 that come as 2^52 + byte. Returns 2^52 + the product rounded down: a double
+/// whose low word is the product, or twice the product where that is negative.
 __m256 ShadedWords(__m256i s1, __m256i s2, __m256d k, __m256d f)
 {
     const __m256d base = _mm256_set1_pd(0x1p52), one = _mm256_set1_pd(1.0);
@@ -332,17 +341,17 @@ __m256 ShadedWords(__m256i s1, __m256i s2, __m256d k, __m256d f)
     return _mm256_castpd_ps(_mm256_add_pd(whole, base));
 }
 
-/// The pairs of bytes that `part` selects, shaded, as integers.
+/// The bytes that `part` selects, shaded, as 32-bit integers.
 __m256i ShadedPart(__m256i s1, __m256i s2, __m256i part, __m256d k, __m256d f)
 {
-    const __m256i upper = _mm256_set1_epi32(0x43300000); // of 2^52
+    const __m256i upper = _mm256_set1_epi32(0x43300000); // the high word of 2^52
     const __m256i a = _mm256_shuffle_epi8(s1, part), b = _mm256_shuffle_epi8(s2, part);
     const __m256 low = ShadedWords(_mm256_unpacklo_epi32(a, upper), _mm256_unpacklo_epi32(b, upper), k, f);
     const __m256 high = ShadedWords(_mm256_unpackhi_epi32(a, upper), _mm256_unpackhi_epi32(b, upper), k, f);
     return _mm256_castps_si256(_mm256_shuffle_ps(low, high, 0x88));
 }
 
-/// For ShadedPart: of each sixteen bytes these four.
+/// For ShadedPart: these four of each sixteen bytes.
 __m256i Part(int first, int second, int third, int fourth)
 {
     const int unused = static_cast<int>(0x80808000);
@@ -350,28 +359,29 @@ __m256i Part(int first, int second, int third, int fourth)
         _mm_setr_epi32(unused | first, unused | second, unused | third, unused | fourth));
 }
 
-/// Calculates in doubles, step by step as ShadeFactors and ShadeRow do, and so every byte is the same. Where
-/// f is finite, products lie within 2^17 of 0. Added to 2^52, one that is rounded down is the lower word of
-/// the sum, a negative one twice itself, and packing confines it to a byte.
-void ShadeRowInDoubles(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
-                       const unsigned char* s2, int s2Step, const ShadeFactors& factors, int count)
+/// Computes in doubles, operation by operation as ShadeFactors and ShadeRow do, so every byte is the same.
+///
+/// A product fits the words that are packed: |(s1 - 128) * k| <= 0.01 * |strength|, so the product is at most
+/// 255 * (100 + |strength|) / |100 + strength|. That is 255 for strengths of 0 or more; below 0 it is largest
+/// at -101, where it is 255 * 201 < 2^16. Packing with saturation then clamps to a byte.
+void ShadeRowInDoubles(const BlendRows& rows, const ShadeFactors& factors)
 {
     const __m256d k = _mm256_set1_pd(factors.k), f = _mm256_set1_pd(factors.f);
-    const auto confined = [](__m256i a, __m256i b, __m256i c, __m256i d)
+    const auto clamped = [](__m256i a, __m256i b, __m256i c, __m256i d)
     { return _mm256_packus_epi16(_mm256_packs_epi32(a, b), _mm256_packs_epi32(c, d)); };
 
     const auto bytes = [=](Vector a, Vector b) -> Vector
     {
-        return {confined(ShadedPart(a.v, b.v, Part(0, 1, 2, 3), k, f),
-                         ShadedPart(a.v, b.v, Part(4, 5, 6, 7), k, f),
-                         ShadedPart(a.v, b.v, Part(8, 9, 10, 11), k, f),
-                         ShadedPart(a.v, b.v, Part(12, 13, 14, 15), k, f))};
+        return {clamped(ShadedPart(a.v, b.v, Part(0, 1, 2, 3), k, f),
+                        ShadedPart(a.v, b.v, Part(4, 5, 6, 7), k, f),
+                        ShadedPart(a.v, b.v, Part(8, 9, 10, 11), k, f),
+                        ShadedPart(a.v, b.v, Part(12, 13, 14, 15), k, f))};
     };
     const auto colors = [=](Vector a, Vector b) -> Vector
     {
         const __m256i last = ShadedPart(a.v, b.v, Part(10, 12, 13, 14), k, f);
-        const __m256i close = confined(ShadedPart(a.v, b.v, Part(0, 1, 2, 4), k, f),
-                                       ShadedPart(a.v, b.v, Part(5, 6, 8, 9), k, f), last, last);
+        const __m256i close = clamped(ShadedPart(a.v, b.v, Part(0, 1, 2, 4), k, f),
+                                      ShadedPart(a.v, b.v, Part(5, 6, 8, 9), k, f), last, last);
         const __m128i spread = _mm_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1);
         return {_mm256_shuffle_epi8(close, _mm256_broadcastsi128_si256(spread))};
     };
@@ -379,15 +389,15 @@ void ShadeRowInDoubles(unsigned char* dst, int dstStep, const unsigned char* s1,
     using Rows = VectorRows<Vector>;
     int done = 0;
     if (__builtin_isfinite(factors.f))
-        done = dstStep == 3 && s1Step == 3 && s2Step == 3
-                   ? Rows::ByBytes(dst, dstStep, s1, s1Step, s2, s2Step, count, bytes)
-                   : Rows::ByPixels(dst, dstStep, s1, s1Step, s2, s2Step, count, colors);
-    ShadeRow(dst + dstStep * done, dstStep, s1 + s1Step * done, s1Step, s2 + s2Step * done, s2Step, factors,
-             count - done);
+        done = rows.dstStep == 3 && rows.s1Step == 3 && rows.s2Step == 3 ? Rows::ByBytes(rows, bytes)
+                                                                         : Rows::ByPixels(rows, colors);
+    ShadeRow(rows.After(done), factors);
 }
+
+constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
 
 } // namespace
 
-constinit const KernelTable kAvx2Kernels = VectorTable<Vector>(ShadeRowInDoubles);
+constinit const KernelTable kAvx2Kernels = VectorTable<Vector>(ShadeRowInDoubles, kNever);
 
 } // namespace zel

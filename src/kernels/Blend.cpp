@@ -12,12 +12,12 @@ constexpr std::uint32_t kColorMask = 0x00FFFFFF;
 constexpr std::uint32_t kAlphaMask = 0xFF000000;
 
 // from + (to - from) * weight / 256, rounded down.
-unsigned char Mix(int from, int to, int weight)
+unsigned char Lerp(int from, int to, int weight)
 {
     return static_cast<unsigned char>(from + (((to - from) * weight) >> 8));
 }
 
-// Truncates towards zero; below the range and not a number is 0.
+// Truncates towards zero and clamps. NaN counts as 0.
 unsigned char ToByte(double value)
 {
     if (value >= 255.0)
@@ -27,28 +27,28 @@ unsigned char ToByte(double value)
 
 } // namespace
 
-void BlendRowByAlpha(unsigned char* dst, int dstStep, const unsigned char* s1, const unsigned char* s2,
-                     int s2Step, int count)
+void BlendRowByAlpha(const BlendRows& rows)
 {
-    for (int x = 0; x < count; ++x, dst += dstStep, s1 += 4, s2 += s2Step)
+    auto [dst, dstStep, s1, s1Step, s2, s2Step, count] = rows;
+    for (int x = 0; x < count; ++x, dst += dstStep, s1 += s1Step, s2 += s2Step)
     {
         const int alpha = s1[3];
         for (int c = 0; c < 3; ++c)
-            dst[c] = Mix(s2[c], s1[c], alpha);
+            dst[c] = Lerp(s2[c], s1[c], alpha);
     }
 }
 
-void BlendRow(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step, const unsigned char* s2,
-              int s2Step, int alpha, int count)
+void BlendRow(const BlendRows& rows, int alpha)
 {
+    auto [dst, dstStep, s1, s1Step, s2, s2Step, count] = rows;
     for (int x = 0; x < count; ++x, dst += dstStep, s1 += s1Step, s2 += s2Step)
         for (int c = 0; c < 3; ++c)
-            dst[c] = Mix(s1[c], s2[c], alpha);
+            dst[c] = Lerp(s1[c], s2[c], alpha);
 }
 
-void KeyRow(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step, const unsigned char* s2,
-            int s2Step, const unsigned char (&key)[3], int count)
+void KeyRow(const BlendRows& rows, const unsigned char (&key)[3])
 {
+    auto [dst, dstStep, s1, s1Step, s2, s2Step, count] = rows;
     for (int x = 0; x < count; ++x, dst += dstStep, s1 += s1Step, s2 += s2Step)
     {
         const bool isKey = s1[0] == key[0] && s1[1] == key[1] && s1[2] == key[2];
@@ -67,9 +67,9 @@ ShadeFactors::ShadeFactors(int strength) : k(strength * 7.8125e-5), f(1.0 / (str
     }
 }
 
-void ShadeRow(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step, const unsigned char* s2,
-              int s2Step, const ShadeFactors& factors, int count)
+void ShadeRow(const BlendRows& rows, const ShadeFactors& factors)
 {
+    auto [dst, dstStep, s1, s1Step, s2, s2Step, count] = rows;
     for (int x = 0; x < count; ++x, dst += dstStep, s1 += s1Step, s2 += s2Step)
         for (int c = 0; c < 3; ++c)
             dst[c] = ToByte(factors.shading[s1[c]] * factors.shaded[s2[c]]);
@@ -82,17 +82,17 @@ void FillShadeTable(ShadeTable& table, const ShadeFactors& factors)
             table.shaded[s1][s2] = ToByte(factors.shading[s1] * factors.shaded[s2]);
 }
 
-void ShadeRowByTable(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
-                     const unsigned char* s2, int s2Step, const ShadeTable& table, int count)
+void ShadeRowByTable(const BlendRows& rows, const ShadeTable& table)
 {
+    auto [dst, dstStep, s1, s1Step, s2, s2Step, count] = rows;
     for (int x = 0; x < count; ++x, dst += dstStep, s1 += s1Step, s2 += s2Step)
         for (int c = 0; c < 3; ++c)
             dst[c] = table.shaded[s1[c]][s2[c]];
 }
 
-void MultiplyRow(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
-                 const unsigned char* s2, int s2Step, int count)
+void MultiplyRow(const BlendRows& rows)
 {
+    auto [dst, dstStep, s1, s1Step, s2, s2Step, count] = rows;
     for (int x = 0; x < count; ++x, dst += dstStep, s1 += s1Step, s2 += s2Step)
         for (int c = 0; c < 3; ++c)
             dst[c] = static_cast<unsigned char>(s1[c] * s2[c] >> 8);
@@ -126,7 +126,7 @@ void LerpToColorRow(unsigned char* dst, const int (&color)[3], int weight, int c
 {
     for (int x = 0; x < count; ++x, dst += 4)
         for (int c = 0; c < 3; ++c)
-            dst[c] = Mix(dst[c], color[c], weight);
+            dst[c] = Lerp(dst[c], color[c], weight);
 }
 
 } // namespace zel

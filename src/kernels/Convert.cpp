@@ -10,8 +10,8 @@ namespace
 
 constexpr std::uint32_t kOpaque = 0xFF000000;
 
-// Pixels are stored as four bytes wherever another one of the row follows: those of three bytes write over
-// the surplus byte of the one before.
+// Pixels are stored as four bytes wherever another pixel of the row follows. With a step of three, that pixel
+// overwrites the surplus byte.
 void StorePixel(unsigned char* dst, std::uint32_t pixel)
 {
     std::memcpy(dst, &pixel, sizeof pixel);
@@ -22,7 +22,7 @@ void StoreLastPixel(unsigned char* dst, int dstStep, std::uint32_t pixel)
     std::memcpy(dst, &pixel, static_cast<std::size_t>(dstStep));
 }
 
-// The row of `count` pixels, at least one, that `pixelAt` gives.
+// Stores pixelAt(0) to pixelAt(count - 1); count is at least 1.
 template <typename PixelAt>
 void StoreRow(unsigned char* dst, int dstStep, int count, const PixelAt& pixelAt)
 {
@@ -32,20 +32,20 @@ void StoreRow(unsigned char* dst, int dstStep, int count, const PixelAt& pixelAt
     StoreLastPixel(dst, dstStep, pixelAt(x));
 }
 
-// Five bits to eight: 0 stays 0 and 31 becomes 255.
+// Widens five bits to eight by bit replication, so that 31 becomes 255.
 std::uint32_t Widen(int value)
 {
     return static_cast<std::uint32_t>(value << 3 | value >> 2);
 }
 
-// In two halves: of sixteen bytes at once g++ 12 makes, at -O3, a vector that it takes for an aligned one.
+// In two halves, since g++ 12 at -O3 turns a copy of sixteen bytes in a loop into an aligned vector store.
 void StoreRun(unsigned char* dst, const unsigned char (&run)[16])
 {
     std::memcpy(dst, run, 8);
     std::memcpy(dst + 8, run + 8, 8);
 }
 
-// Whole bytes of one-bit indices, four pixels at a time. Gives how many pixels.
+// Expands whole bytes of 1-bit indices, four pixels at a time. Returns the number of pixels done.
 int ExpandBits(unsigned char* dst, int dstStep, const unsigned char* src, const std::uint32_t* pixels,
                int count)
 {
@@ -54,7 +54,7 @@ int ExpandBits(unsigned char* dst, int dstStep, const unsigned char* src, const 
         for (int i = 0; i < 4; ++i)
             StoreLastPixel(runs[bits] + dstStep * i, dstStep, pixels[bits >> (3 - i) & 1]);
 
-    // Sixteen bytes are stored for four pixels of 3 bytes as well: two more pixels have to follow.
+    // Four pixels are stored as sixteen bytes even where they have 3 bytes each, so two more have to follow.
     int done = 0;
     for (; done + 10 <= count; done += 8, ++src)
     {

@@ -5,10 +5,24 @@
 namespace zel
 {
 
-constinit const KernelTable kScalarKernels = {
-    HorizontalRow,   VerticalRow, FixUpCubicPixels, HorizontalFixedRow, VerticalFixedRow, Filter141Row,
-    BlendRowByAlpha, BlendRow,    KeyRow,           ShadeRow,           MultiplyRow,      SetAlphaRow,
-    FillAlphaRow,    KeyAlphaRow, LerpToColorRow,   Bgr24ToBgra32Row,   ScaleColumnsRow};
+constinit const KernelTable kScalarKernels = {.horizontalRow = HorizontalRow,
+                                              .verticalRow = VerticalRow,
+                                              .fixUpCubicPixels = FixUpCubicPixels,
+                                              .horizontalFixedRow = HorizontalFixedRow,
+                                              .verticalFixedRow = VerticalFixedRow,
+                                              .filter141Row = Filter141Row,
+                                              .scaleColumnsRow = ScaleColumnsRow,
+                                              .blendRowByAlpha = BlendRowByAlpha,
+                                              .blendRow = BlendRow,
+                                              .keyRow = KeyRow,
+                                              .shadeRow = ShadeRow,
+                                              .multiplyRow = MultiplyRow,
+                                              .setAlphaRow = SetAlphaRow,
+                                              .fillAlphaRow = FillAlphaRow,
+                                              .keyAlphaRow = KeyAlphaRow,
+                                              .lerpToColorRow = LerpToColorRow,
+                                              .bgr24ToBgra32Row = Bgr24ToBgra32Row,
+                                              .shadeTablePixels = kShadeTablePixels};
 
 namespace
 {
@@ -22,7 +36,7 @@ const KernelTable& FastestKernels()
 #endif
 }
 
-// Null until the first call. Threads that ask at once find the same.
+// Null until the first call. Threads that ask at the same time find the same table.
 constinit std::atomic<const KernelTable*> g_active = nullptr;
 
 } // namespace

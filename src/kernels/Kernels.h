@@ -3,23 +3,29 @@
 #include <cstddef>
 #include <cstdint>
 
-/// The pixel loops of the image operations, one row a call: pointers, steps and counts, no images.
+/// The pixel loops of the image operations, one row per call, over pointers, steps and counts.
 ///
-/// A step is the distance from one pixel to the next in bytes, 3 or 4 in true colour. Nothing is checked
-/// here: the operation above has. Words are little-endian, as on every processor that the library is built
-/// for.
+/// A step is the distance from one pixel to the next in bytes: 3 or 4 in true colour. Nothing is checked
+/// here, since the operation that calls has checked everything. Integers of several bytes are little-endian,
+/// as on every processor that the library is built for.
+///
+/// The functions below are the scalar specimen: plain loops that define what a row is. KernelTable has those
+/// that gain by vectors, once per instruction set; all sets write the same bytes.
+///
+/// To add a row for another instruction set, write a source beside Avx2.cpp that includes Kernels-inl.h, give
+/// its table a name below, and let Dispatch.cpp choose it.
 namespace zel
 {
 
 /// \name Resampling
-/// A position on an axis becomes a tap: the pixels that it reads, as their index times `step`, with what
-/// weighs them. Indices are confined to the axis, which repeats the pixels at its ends.
+/// A tap is what a position on an axis reads: the pixels around it, as pixel index times `step`, and what
+/// weights them. Indices are clamped to the axis, which repeats the pixels at its ends.
 /// @{
 
 struct LinearTap
 {
     int offset[2];
-    double fraction; ///< of the way from the first pixel to the second
+    double fraction; ///< of the way from the first pixel to the second: 0 or more, less than 1
 };
 
 struct CubicTap
@@ -28,109 +34,163 @@ struct CubicTap
     double weight[4];
 };
 
+/// The offset of the pixel that is nearest to `position`.
 int NearestTap(double position, int length, int step);
 LinearTap MakeLinearTap(double position, int length, int step);
 CubicTap MakeCubicTap(double position, int length, int step);
 
-/// dst pixel i = the `channels` bytes at src + offsets[i]. Offsets do not fall, and there is one at least.
+/// dst pixel i = the `channels` bytes at src + offsets[i]. There is at least one offset, and none is smaller
+/// than the one before.
 void ScaleColumnsRow(unsigned char* dst, int dstStep, const unsigned char* src, const int* offsets, int count,
                      int channels);
 
-/// Bilinear mixture of two source rows, `fraction` of the way from `upper` to `lower`.
+/// The exact bilinear row between two source rows, `fraction` of the way from `upper` to `lower`.
 void LinearRow(unsigned char* dst, int dstStep, const unsigned char* upper, const unsigned char* lower,
                double fraction, const LinearTap* columns, int count, int channels);
 
-/// The taps of either in floats; offsets and weights behind the last tap are 0.
+/// The exact cubic row: the sum over four source rows of four taps each, under the products of the weights.
+void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
+              const double (&rowWeights)[4], const CubicTap* columns, int count, int channels);
+
+/// Some pixels of a cubic row.
+struct CubicFixUp
+{
+    unsigned char* dst; ///< of column 0
+    int dstStep;
+    const unsigned char* rows[4];
+    double rowWeights[4];
+    const CubicTap* columns;
+    int wideReadEnd; ///< from this column on, loading four bytes at a tap could leave the source row
+    int channels;
+};
+
+/// CubicRow for the columns that `list` names.
+void FixUpCubicPixels(const CubicFixUp& row, const int* list, int count);
+
+/// The taps of a linear or cubic position in floats. After the last tap, offsets and coefficients are 0.
 struct TapSet
 {
-    int offset[4];
-    float weight[4];
+    int offsets[4];
+    float coefficients[4];
 };
 
-/// `channels` floats for each of `count` columns: the sum of `taps` pixels, 2 or 4, at src + offset, under
-/// the weights. The first `within` columns may be read as pixels of four bytes, and write over the float
-/// behind their own.
+/// First pass of a separable estimate. For each of `count` columns it writes `channels` floats: the sum of
+/// `taps` pixels, 2 or 4, at src + offset, under the coefficients. Columns before `wideReadEnd` may load four
+/// bytes per tap without leaving the source row, and may overwrite the float after their own.
 void HorizontalRow(float* out, const unsigned char* src, const TapSet* columns, int taps, int count,
-                   int within, int channels);
+                   int wideReadEnd, int channels);
 
-/// Sums are taken in steps of 1 / 65536; nearer to the border between two bytes than this many, a byte is
-/// ambiguous.
+/// VerticalRow counts in units of 1 / 65536 (Q16). A byte whose sum lies within this many units of a rounding
+/// border is ambiguous.
 constexpr int kRoundingMargin = 16;
 
-/// The sum of `taps` such rows under their weights, rounded to bytes, and 1 where it is ambiguous, else 0.
+/// Second pass: the sum of `taps` rows of the first pass under the coefficients, rounded to bytes. For each
+/// byte `ambiguous` becomes 1 or 0. `count` counts floats, which are bytes of the result.
 void VerticalRow(unsigned char* out, unsigned char* ambiguous, const float* const (&rows)[4],
-                 const float (&weights)[4], int taps, std::ptrdiff_t count);
+                 const float (&coefficients)[4], int taps, std::ptrdiff_t count);
 
-/// Neighbouring pixels under whole weights: 0 to 127, with the same sum, up to 127, in every column.
+/// Pairs of neighbouring pixels under integer weights of 0 to 127, whose sum is the same in every column and
+/// at most 127.
 struct FixedTaps
 {
-    const int* offsets;           ///< of the first pixel; they do not fall
+    const int* offsets;           ///< of the first pixel; none is smaller than the one before
     const unsigned char* weights; ///< two for each column
     int step;                     ///< from the first pixel to the second
-    int pairs;                    ///< how many columns have a second pixel; others take the first once more
-    int whole;                    ///< how many of these may be read as eight bytes from the first pixel on
+    int interiorEnd;              ///< from this column on, the second pixel is the first once more
+    int wideReadEnd;              ///< before this column, eight bytes may be read from the first pixel on
 };
 
-/// `channels` sums for each of `count` columns. What follows them, up to the sixteenth byte, may be written
-/// over.
+/// Writes `channels` sums for each of `count` columns. The bytes after the last sum, up to the sixteenth, may
+/// be overwritten.
 void HorizontalFixedRow(std::uint16_t* out, const unsigned char* src, const FixedTaps& columns, int count,
                         int channels);
 
-/// A division of 16-bit numbers up to 255.5 times the divisor, 2 to 127, as a product: the quotient is
-/// number * multiplier / 2^(16 + shift). With the largest shift that leaves the multiplier 16 bits, the
-/// multiplier is too large by less than 1, and the product over its divisor by less than 255.5 * divisor /
-/// 2^(16 + shift) < 1 / divisor, which reaches no further quotient.
+/// Division by an integer of 2 to 127 as a multiplication: floor(n / divisor) is n * multiplier >>
+/// (16 + shift) for every n up to 255.5 * divisor.
+///
+/// Let k = 16 + shift and multiplier = ceil(2^k / divisor) = (2^k + e) / divisor. Then n * multiplier / 2^k =
+/// n / divisor + n * e / (divisor * 2^k). The second term is less than 1 / divisor, and so reaches no further
+/// integer, as long as n * e < 2^k. IsExact checks this for the largest n.
 struct InvariantDivisor
 {
-    explicit InvariantDivisor(int divisor);
+    explicit constexpr InvariantDivisor(int divisor)
+        : half(static_cast<std::uint16_t>(divisor / 2)), multiplier(0), shift(0)
+    {
+        while ((2 << shift) < divisor)
+            ++shift;
+        multiplier = static_cast<std::uint16_t>(((65536 << shift) + divisor - 1) / divisor);
+    }
+
+    constexpr bool IsExact(int divisor) const
+    {
+        const std::int64_t power = std::int64_t{65536} << shift;
+        const std::int64_t excess = std::int64_t{multiplier} * divisor - power;
+        return excess >= 0 && 511 * std::int64_t{divisor} / 2 * excess < power;
+    }
 
     std::uint16_t half; ///< of the divisor, rounded down
     std::uint16_t multiplier;
     int shift;
 };
 
-/// Two such rows under two weights more, divided and rounded.
+static_assert(
+    []
+    {
+        for (int divisor = 2; divisor <= 127; ++divisor)
+            if (!InvariantDivisor(divisor).IsExact(divisor))
+                return false;
+        return true;
+    }());
+
+/// The sum of two such rows under two more weights, divided by `divisor` and rounded.
 void VerticalFixedRow(unsigned char* out, const std::uint16_t* upper, const std::uint16_t* lower,
                       int upperWeight, int lowerWeight, const InvariantDivisor& divisor,
                       std::ptrdiff_t count);
 
-/// Filter141Row takes no more bytes of a source row than these.
+/// The largest number of bytes that Filter141Row may take of a source row.
 constexpr int kFilter141Bytes = 4096;
 
-/// Each pixel as the sum of three in three rows, under (1, 4, 1) / 6 across and down, rounded to bytes; and 1
-/// where the sum lies on the border between two bytes, else 0. The first pixel's neighbourhood starts where
-/// the rows do, that of the next `step` bytes behind; a neighbour is `pixelSize` bytes away. The
-/// step * (count - 1) + 3 * pixelSize bytes that this takes of each row are at most kFilter141Bytes.
+/// Each pixel is the sum of 3 x 3 source pixels under the weights (1, 4, 1) / 6 across and down, rounded to
+/// bytes. For each byte `ambiguous` is 1 where the sum lies exactly on a rounding border, else 0.
+///
+/// The neighbourhood of pixel i starts at rows[...] + i * step, and a neighbour is `pixelSize` bytes away. Of
+/// each row this reads step * (count - 1) + 3 * pixelSize bytes, at most kFilter141Bytes.
 void Filter141Row(unsigned char* out, unsigned char* ambiguous, const unsigned char* const (&rows)[3],
                   int step, int pixelSize, int count, int channels);
 
-/// Sum of four source rows of four taps each, under the products of their weights.
-void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
-              const double (&rowWeights)[4], const CubicTap* columns, int count, int channels);
-
-/// The same for the columns that `list` names, each to dst + dstStep * column. Those below `within` may be
-/// read as pixels of four bytes.
-void FixUpCubicPixels(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
-                      const double (&rowWeights)[4], const CubicTap* columns, const int* list, int count,
-                      int within, int channels);
-
 /// @}
 /// \name Blending
-/// The row `dst` may be the row of a source itself, but may not overlap it in part. Elsewhere it overlaps
-/// none.
+/// `dst` may be one of the sources itself but may not overlap one in part. Only blue, green and red are
+/// written.
 /// @{
 
-/// Blue, green, red of dst = s2 + ((s1 - s2) * alpha of s1 >> 8). s1 has 4-byte pixels.
-void BlendRowByAlpha(unsigned char* dst, int dstStep, const unsigned char* s1, const unsigned char* s2,
-                     int s2Step, int count);
+/// A row that is made of two others.
+struct BlendRows
+{
+    unsigned char* dst;
+    int dstStep;
+    const unsigned char* s1;
+    int s1Step;
+    const unsigned char* s2;
+    int s2Step;
+    int count;
 
-/// Blue, green, red of dst = s1 + ((s2 - s1) * alpha >> 8).
-void BlendRow(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step, const unsigned char* s2,
-              int s2Step, int alpha, int count);
+    /// What is left of it after `done` pixels.
+    BlendRows After(int done) const
+    {
+        return {dst + dstStep * done, dstStep, s1 + s1Step * done, s1Step,
+                s2 + s2Step * done,   s2Step,  count - done};
+    }
+};
 
-/// Blue, green, red of dst are those of s1, or of s2 where s1 has the colour `key` (blue, green, red).
-void KeyRow(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step, const unsigned char* s2,
-            int s2Step, const unsigned char (&key)[3], int count);
+/// dst = s2 + ((s1 - s2) * alpha of s1 >> 8). s1 has 4-byte pixels.
+void BlendRowByAlpha(const BlendRows& rows);
+
+/// dst = s1 + ((s2 - s1) * alpha >> 8).
+void BlendRow(const BlendRows& rows, int alpha);
+
+/// dst = s1, or s2 where s1 has the colour `key` (blue, green, red).
+void KeyRow(const BlendRows& rows, const unsigned char (&key)[3]);
 
 /// The two factors of a shaded channel, for every value of the shading and of the shaded image.
 struct ShadeFactors
@@ -143,26 +203,27 @@ struct ShadeFactors
     double shaded[256];  ///< s2 * f
 };
 
-/// Blue, green, red of dst = shading[s1] * shaded[s2], truncated and confined to a byte; not a number is 0.
-void ShadeRow(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step, const unsigned char* s2,
-              int s2Step, const ShadeFactors& factors, int count);
+/// dst = shading[s1] * shaded[s2], truncated and clamped to a byte. NaN counts as 0.
+void ShadeRow(const BlendRows& rows, const ShadeFactors& factors);
 
 /// The shaded channel for every pair of values.
 struct ShadeTable
 {
-    unsigned char shaded[256][256]; ///< the shading's value comes first
+    unsigned char shaded[256][256]; ///< the first index is the value of the shading
 };
 
 void FillShadeTable(ShadeTable& table, const ShadeFactors& factors);
 
+/// Images of at least this many pixels gain by a table, where ShadeRow is the alternative.
+constexpr std::int64_t kShadeTablePixels = 65536;
+
 /// As ShadeRow.
-void ShadeRowByTable(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
-                     const unsigned char* s2, int s2Step, const ShadeTable& table, int count);
+void ShadeRowByTable(const BlendRows& rows, const ShadeTable& table);
 
-/// Blue, green, red of dst = s1 * s2 / 256, rounded down: what ShadeFactors give for a strength of 100.
-void MultiplyRow(unsigned char* dst, int dstStep, const unsigned char* s1, int s1Step,
-                 const unsigned char* s2, int s2Step, int count);
+/// dst = s1 * s2 / 256, rounded down: what ShadeRow gives for a strength of 100.
+void MultiplyRow(const BlendRows& rows);
 
+/// @}
 /// \name Rows of 4-byte pixels
 /// @{
 
@@ -175,20 +236,19 @@ void FillAlphaRow(unsigned char* dst, unsigned char alpha, int count);
 /// Alpha = 0 where the low 24 bits of the pixel are `key`; elsewhere 255 when `opaqueOthers`.
 void KeyAlphaRow(unsigned char* dst, std::uint32_t key, bool opaqueOthers, int count);
 
-/// Blue, green, red c = c + ((color - c) * weight >> 8), weight 0 to 256.
+/// Each of blue, green, red: c = c + ((color - c) * weight >> 8), with a weight of 0 to 256.
 void LerpToColorRow(unsigned char* dst, const int (&color)[3], int weight, int count);
 
 /// @}
-/// @}
 /// \name Conversion
-/// Alpha, where dst has 4-byte pixels, becomes 255, unless said otherwise.
+/// Where dst has 4-byte pixels their alpha becomes 255.
 /// @{
 
-/// From indices of 1, 4 or 8 bits, by a table of 2 to the power of `bits` opaque pixels.
+/// From indices of 1, 4 or 8 bits, by a table of 2^bits opaque pixels.
 void PaletteToTrueColorRow(unsigned char* dst, int dstStep, const unsigned char* src, int bits,
                            const std::uint32_t* pixels, int count);
 
-/// From 16-bit words of 5 bits each of blue, green, red.
+/// From 16-bit pixels of 5 bits each of blue, green, red.
 void Bgr555ToTrueColorRow(unsigned char* dst, int dstStep, const unsigned char* src, int count);
 
 /// From 3-byte to 4-byte pixels.
@@ -196,10 +256,9 @@ void Bgr24ToBgra32Row(unsigned char* dst, const unsigned char* src, int count);
 
 /// @}
 /// \name Instruction sets
-/// The rows that gain by vectors, as the plain functions above or for one instruction set: all write the
-/// same.
 /// @{
 
+/// The rows that gain by vectors, for one instruction set.
 struct KernelTable
 {
     decltype(&HorizontalRow) horizontalRow;
@@ -208,6 +267,7 @@ struct KernelTable
     decltype(&HorizontalFixedRow) horizontalFixedRow;
     decltype(&VerticalFixedRow) verticalFixedRow;
     decltype(&Filter141Row) filter141Row;
+    decltype(&ScaleColumnsRow) scaleColumnsRow;
     decltype(&BlendRowByAlpha) blendRowByAlpha;
     decltype(&BlendRow) blendRow;
     decltype(&KeyRow) keyRow;
@@ -218,17 +278,19 @@ struct KernelTable
     decltype(&KeyAlphaRow) keyAlphaRow;
     decltype(&LerpToColorRow) lerpToColorRow;
     decltype(&Bgr24ToBgra32Row) bgr24ToBgra32Row;
-    decltype(&ScaleColumnsRow) scaleColumnsRow;
+
+    /// In images of at least this many pixels ShadeRowByTable, its table included, is faster than shadeRow.
+    std::int64_t shadeTablePixels;
 };
 
 extern const KernelTable kScalarKernels;
-extern const KernelTable kSse2Kernels; ///< where the processor is an x86
-extern const KernelTable kAvx2Kernels; ///< likewise, and never to be called on one without AVX2
+extern const KernelTable kSse2Kernels; ///< on x86 alone
+extern const KernelTable kAvx2Kernels; ///< on x86 alone; never to be called on a processor without AVX2
 
 /// The fastest that the processor has.
 const KernelTable& ActiveKernels();
 
-/// Replaces them, for tests and benchmarks; null brings back the fastest.
+/// Replaces them, for tests and benchmarks. Null brings back the fastest.
 void SetKernelsForTest(const KernelTable* kernels);
 
 /// @}

@@ -1,12 +1,11 @@
 #include "kernels/Kernels.h"
-#include "kernels/Portable-inl.h"
 
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
 #include <cstring>
 
-static_assert(FLT_EVAL_METHOD == 0, "results are defined by doubles that are rounded after every operation");
+static_assert(FLT_EVAL_METHOD == 0, "results are defined by doubles that are rounded after each operation");
 
 namespace zel
 {
@@ -14,7 +13,7 @@ namespace zel
 namespace
 {
 
-int Confine(int index, int length)
+int Clamp(int index, int length)
 {
     return std::clamp(index, 0, length - 1);
 }
@@ -54,8 +53,8 @@ void LinearPixels(unsigned char* dst, int dstStep, const unsigned char* upper, c
 }
 
 template <int kChannels>
-void CubicPixelRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
-                   const double (&rowWeights)[4], const CubicTap* columns, int count)
+void CubicPixels(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
+                 const double (&rowWeights)[4], const CubicTap* columns, int count)
 {
     for (int i = 0; i < count; ++i, dst += dstStep)
     {
@@ -73,29 +72,17 @@ void CubicPixelRow(unsigned char* dst, int dstStep, const unsigned char* const (
     }
 }
 
-template <int kTaps>
-void FilterPixels(float* out, const unsigned char* src, const TapSet* columns, int count, int channels)
-{
-    for (int i = 0; i < count; ++i, out += channels)
-        for (int c = 0; c < channels; ++c)
-        {
-            out[c] = 0.0F;
-            for (int k = 0; k < kTaps; ++k)
-                out[c] += static_cast<float>(src[columns[i].offset[k] + c]) * columns[i].weight[k];
-        }
-}
-
 } // namespace
 
 int NearestTap(double position, int length, int step)
 {
-    return Confine(static_cast<int>(position + 0.5), length) * step;
+    return Clamp(static_cast<int>(position + 0.5), length) * step;
 }
 
 LinearTap MakeLinearTap(double position, int length, int step)
 {
     const int index = static_cast<int>(position);
-    return {{Confine(index, length) * step, Confine(index + 1, length) * step}, position - index};
+    return {{Clamp(index, length) * step, Clamp(index + 1, length) * step}, position - index};
 }
 
 CubicTap MakeCubicTap(double position, int length, int step)
@@ -105,7 +92,7 @@ CubicTap MakeCubicTap(double position, int length, int step)
     CubicTap tap;
     for (int k = 0; k < 4; ++k)
     {
-        tap.offset[k] = Confine(index - 1 + k, length) * step;
+        tap.offset[k] = Clamp(index - 1 + k, length) * step;
         tap.weight[k] = SplineWeight(std::fabs(k - centre));
     }
     return tap;
@@ -119,7 +106,7 @@ void ScaleColumnsRow(unsigned char* dst, int dstStep, const unsigned char* src, 
     if (dstStep != 3)
         return ScaleColumns<3>(dst, dstStep, src, offsets, count);
 
-    // Pixels of three bytes move as four where both rows go on: the surplus byte is written over by the next.
+    // Pixels of three bytes move as four while both rows go on; the next pixel overwrites the surplus byte.
     int whole = count - 1;
     while (whole > 0 && offsets[whole - 1] >= offsets[count - 1])
         --whole;
@@ -133,23 +120,43 @@ void LinearRow(unsigned char* dst, int dstStep, const unsigned char* upper, cons
     (channels == 3 ? LinearPixels<3> : LinearPixels<4>)(dst, dstStep, upper, lower, fraction, columns, count);
 }
 
+void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
+              const double (&rowWeights)[4], const CubicTap* columns, int count, int channels)
+{
+    (channels == 3 ? CubicPixels<3> : CubicPixels<4>)(dst, dstStep, rows, rowWeights, columns, count);
+}
+
+void FixUpCubicPixels(const CubicFixUp& row, const int* list, int count)
+{
+    for (int i = 0; i < count; ++i)
+        CubicRow(row.dst + std::ptrdiff_t{row.dstStep} * list[i], row.dstStep, row.rows, row.rowWeights,
+                 row.columns + list[i], 1, row.channels);
+}
+
 void HorizontalRow(float* out, const unsigned char* src, const TapSet* columns, int taps, int count, int,
                    int channels)
 {
-    (taps == 2 ? FilterPixels<2> : FilterPixels<4>)(out, src, columns, count, channels);
+    for (int i = 0; i < count; ++i, out += channels)
+        for (int c = 0; c < channels; ++c)
+        {
+            out[c] = 0.0F;
+            for (int k = 0; k < taps; ++k)
+                out[c] += static_cast<float>(src[columns[i].offsets[k] + c]) * columns[i].coefficients[k];
+        }
 }
 
 void VerticalRow(unsigned char* out, unsigned char* ambiguous, const float* const (&rows)[4],
-                 const float (&weights)[4], int taps, std::ptrdiff_t count)
+                 const float (&coefficients)[4], int taps, std::ptrdiff_t count)
 {
-    VerticalFloatRow(out, ambiguous, rows, weights, taps, count);
-}
-
-InvariantDivisor::InvariantDivisor(int divisor) : half(static_cast<std::uint16_t>(divisor / 2)), shift(0)
-{
-    while ((2 << shift) < divisor)
-        ++shift;
-    multiplier = static_cast<std::uint16_t>(((65536 << shift) + divisor - 1) / divisor);
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+    {
+        float sum = 0.0F;
+        for (int k = 0; k < taps; ++k)
+            sum += rows[k][i] * (coefficients[k] * 65536.0F);
+        const int rounded = static_cast<int>(sum) + 32768;
+        out[i] = static_cast<unsigned char>(rounded >> 16);
+        ambiguous[i] = ((rounded + kRoundingMargin) & 65535) <= 2 * kRoundingMargin ? 1 : 0;
+    }
 }
 
 void HorizontalFixedRow(std::uint16_t* out, const unsigned char* src, const FixedTaps& columns, int count,
@@ -158,7 +165,7 @@ void HorizontalFixedRow(std::uint16_t* out, const unsigned char* src, const Fixe
     for (int i = 0; i < count; ++i, out += channels)
     {
         const unsigned char* const first = src + columns.offsets[i];
-        const unsigned char* const second = first + (i < columns.pairs ? columns.step : 0);
+        const unsigned char* const second = first + (i < columns.interiorEnd ? columns.step : 0);
         const int weight0 = columns.weights[2 * i], weight1 = columns.weights[2 * i + 1];
         for (int c = 0; c < channels; ++c)
             out[c] = static_cast<std::uint16_t>(first[c] * weight0 + second[c] * weight1);
@@ -168,28 +175,28 @@ void HorizontalFixedRow(std::uint16_t* out, const unsigned char* src, const Fixe
 void VerticalFixedRow(unsigned char* out, const std::uint16_t* upper, const std::uint16_t* lower,
                       int upperWeight, int lowerWeight, const InvariantDivisor& divisor, std::ptrdiff_t count)
 {
-    VerticalFixedWords(out, upper, lower, upperWeight, lowerWeight, divisor, count);
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+    {
+        const auto sum =
+            static_cast<std::uint32_t>(upper[i] * upperWeight + lower[i] * lowerWeight + divisor.half);
+        out[i] = static_cast<unsigned char>(sum * divisor.multiplier >> (16 + divisor.shift));
+    }
 }
 
 void Filter141Row(unsigned char* out, unsigned char* ambiguous, const unsigned char* const (&rows)[3],
                   int step, int pixelSize, int count, int channels)
 {
-    Filter141Words(out, ambiguous, rows, step, pixelSize, count, channels);
-}
-
-void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
-              const double (&rowWeights)[4], const CubicTap* columns, int count, int channels)
-{
-    (channels == 3 ? CubicPixelRow<3> : CubicPixelRow<4>)(dst, dstStep, rows, rowWeights, columns, count);
-}
-
-void FixUpCubicPixels(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
-                      const double (&rowWeights)[4], const CubicTap* columns, const int* list, int count, int,
-                      int channels)
-{
+    constexpr int kWeights[] = {1, 4, 1};
     for (int i = 0; i < count; ++i)
-        CubicRow(dst + std::ptrdiff_t{dstStep} * list[i], dstStep, rows, rowWeights, columns + list[i], 1,
-                 channels);
+        for (int c = 0; c < channels; ++c, ++out, ++ambiguous)
+        {
+            int sum = 18; // half of 36
+            for (int j = 0; j < 3; ++j)
+                for (int k = 0; k < 3; ++k)
+                    sum += kWeights[j] * kWeights[k] * rows[j][step * i + pixelSize * k + c];
+            *out = static_cast<unsigned char>(sum / 36);
+            *ambiguous = sum % 36 == 0 ? 1 : 0;
+        }
 }
 
 } // namespace zel

@@ -4,6 +4,8 @@
 
 #include "kernels/Kernels.h"
 
+// The vector rows for SSE2. The names have internal linkage, and the rows are included after the operations
+// that they are made of, so that this code runs where Dispatch.cpp chose it and nowhere else.
 namespace
 {
 
@@ -29,7 +31,7 @@ V Set(std::uint32_t value)
     return {_mm_set1_epi32(static_cast<int>(value))};
 }
 
-/// The bytes of the lower or upper half as words.
+/// The bytes of the lower or upper half, widened to words.
 inline Vector PromoteLower(Vector a)
 {
     return {_mm_unpacklo_epi8(a.v, _mm_setzero_si128())};
@@ -50,13 +52,13 @@ inline Vector PromoteUpperTimes256(Vector a)
     return {_mm_unpackhi_epi8(_mm_setzero_si128(), a.v)};
 }
 
-/// The reverse, for words up to 255.
+/// The reverse: words of up to 255, narrowed to bytes.
 inline Vector Demote(Vector low, Vector high)
 {
     return {_mm_packus_epi16(low.v, high.v)};
 }
 
-/// The upper words of the products.
+/// The upper words of the 32-bit products.
 inline Vector MulHigh(Vector a, Vector b)
 {
     return {_mm_mulhi_epu16(a.v, b.v)};
@@ -83,16 +85,16 @@ inline Vector Equal32(Vector a, Vector b)
     return {_mm_cmpeq_epi32(a.v, b.v)};
 }
 
-/// For Lerp: a weight of 1 to 255.
+/// The weight of Lerp, 1 to 255.
 template <typename V>
 V WeightOf(int weight)
 {
     return {_mm_set1_epi16(static_cast<short>(weight))};
 }
 
-/// s2 + ((s1 - s2) * weight >> 8) on eight words. The sum s2 * 256 + (s1 - s2) * weight is s1 * weight +
-/// s2 * (256 - weight): with a weight up to 256 it fits 16 bits, and so it comes out right although the terms
-/// do not.
+/// s2 + ((s1 - s2) * weight >> 8) on eight words. The sum s2 * 256 + (s1 - s2) * weight is
+/// s1 * weight + s2 * (256 - weight), which fits 16 bits for a weight of up to 256. So the sum is right
+/// modulo 2^16 although its terms overflow.
 inline __m128i LerpWords(Vector s1, Vector s2, Vector s2Times256, __m128i weight)
 {
     const __m128i product = _mm_mullo_epi16(_mm_sub_epi16(s1.v, s2.v), weight);
@@ -107,13 +109,13 @@ inline Vector Lerp(Vector s1, Vector s2, Vector weight)
                          LerpWords(PromoteUpper(s1), PromoteUpper(s2), PromoteUpperTimes256(s2), weight.v))};
 }
 
-/// Of each pixel of four words the last, in all four.
+/// The last of the four words of each pixel, in all four.
 inline __m128i AlphaOf(Vector pixels)
 {
     return _mm_shufflehi_epi16(_mm_shufflelo_epi16(pixels.v, 0xFF), 0xFF);
 }
 
-/// Lerp, with the alpha of each pixel of s1.
+/// Lerp by the alpha of each pixel of s1.
 inline Vector LerpByAlpha(Vector s1, Vector s2)
 {
     return {_mm_packus_epi16(
@@ -121,7 +123,7 @@ inline Vector LerpByAlpha(Vector s1, Vector s2)
         LerpWords(PromoteUpper(s1), PromoteUpper(s2), PromoteUpperTimes256(s2), AlphaOf(PromoteUpper(s1))))};
 }
 
-/// One byte for each pixel, in its highest place.
+/// One byte per pixel, in its highest byte.
 template <typename V>
 V LoadAsAlpha(const unsigned char* bytes)
 {
@@ -131,8 +133,8 @@ V LoadAsAlpha(const unsigned char* bytes)
     return {_mm_unpacklo_epi16(zero, _mm_unpacklo_epi8(zero, _mm_cvtsi32_si128(four)))};
 }
 
-/// Pixels of 3 bytes would need shuffles, which came later.
-constexpr bool kReadsTriples = false;
+/// Spreading pixels of 3 bytes takes a byte shuffle, which SSE2 lacks.
+constexpr bool kLoadsTriples = false;
 
 template <typename V>
 V LoadPixels(const unsigned char* bytes, int)
@@ -140,25 +142,25 @@ V LoadPixels(const unsigned char* bytes, int)
     return Load<V>(bytes);
 }
 
-/// Stores pixels of 4 bytes but for the fourth, which stays.
+/// Stores blue, green, red of four pixels of 4 bytes. The fourth byte of the target stays.
 inline void StoreColors(unsigned char* bytes, int, Vector a)
 {
     const Vector colors = Set<Vector>(0x00FFFFFF);
     Store(bytes, IfThenElse(colors, a, Load<Vector>(bytes)));
 }
 
-/// Needs shuffles of bytes, too.
+/// Takes a byte shuffle as well, so nothing is done here.
 inline int ScaleColumnsShuffle(unsigned char*, const unsigned char*, const int*, int, int)
 {
     return 0;
 }
 
-/// HorizontalFixedRow for the first columns; gives how many.
+/// HorizontalFixedRow for the first columns. Returns the number of columns done.
 inline int HorizontalFixedPixels(std::uint16_t* out, const unsigned char* src, const zel::FixedTaps& columns,
                                  int channels)
 {
     const __m128i zero = _mm_setzero_si128();
-    for (int i = 0; i < columns.whole; ++i, out += channels)
+    for (int i = 0; i < columns.wideReadEnd; ++i, out += channels)
     {
         const unsigned char* const first = src + columns.offsets[i];
         short weights;
@@ -171,12 +173,12 @@ inline int HorizontalFixedPixels(std::uint16_t* out, const unsigned char* src, c
         const __m128i sums = _mm_madd_epi16(_mm_unpacklo_epi8(pairs, zero), both);
         _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packs_epi32(sums, sums));
     }
-    return columns.whole;
+    return columns.wideReadEnd;
 }
 
 using Floats = __m128;
 
-/// The four bytes of a pixel.
+/// Four bytes of a pixel.
 inline Floats PixelAsFloats(const unsigned char* bytes)
 {
     int four;
@@ -191,9 +193,9 @@ inline void StoreFloats(float* out, Floats values)
     _mm_storeu_ps(out, values);
 }
 
-/// The compiler's vectors are as fast.
-inline std::ptrdiff_t AddSteps(unsigned char*, unsigned char*, const float* const (&)[4], const float (&)[4],
-                               std::ptrdiff_t)
+/// The loop that the compiler vectorises is as fast, so nothing is done here.
+inline std::ptrdiff_t VerticalFourTaps(unsigned char*, unsigned char*, const float* const (&)[4],
+                                       const float (&)[4], std::ptrdiff_t)
 {
     return 0;
 }
@@ -204,7 +206,7 @@ struct Doubles
     __m128d high;
 };
 
-/// sum += the four bytes of a pixel under a weight.
+/// sum += weight * the four bytes of a pixel. Multiplication and addition round one after the other.
 inline void AddProduct(Doubles& sum, const unsigned char* bytes, double weight)
 {
     int four;
@@ -234,6 +236,6 @@ inline void StoreRounded(unsigned char* bytes, const Doubles& sum, int channels)
 namespace zel
 {
 
-constinit const KernelTable kSse2Kernels = VectorTable<Vector>(ShadeRow);
+constinit const KernelTable kSse2Kernels = VectorTable<Vector>(ShadeRow, kShadeTablePixels);
 
 } // namespace zel
