@@ -61,10 +61,7 @@ void ResizeCubicInteger(const ResizeJob& job, const RationalScale& x, const Rati
 {
     const CTarvexDib &to = job.to, &from = job.from;
     const int width = to.Width(), pixelSize = from.PixelSize(), step = x.numerator * pixelSize;
-    const auto columns =
-        Tabulate(width, [&](int i)
-                 { return MakeCubicTap(i * static_cast<double>(x.numerator), from.Width(), pixelSize); });
-    const int wideReadEnd = WideReadEnd(columns.get(), width, from);
+    const Columns<CubicTap> columns(job, MakeCubicTap);
     const int stripColumns = std::min(kStripColumns, (kFilter141Bytes - 2 * pixelSize) / step);
     EstimatedStrip strip(job);
 
@@ -73,10 +70,7 @@ void ResizeCubicInteger(const ResizeJob& job, const RationalScale& x, const Rati
     {
         const CubicTap rowTap = MakeCubicTap(row * static_cast<double>(y.numerator), from.Height(), 1);
         const auto fixUp = [&](int begin, const int* list, int count)
-        {
-            kernels.fixUpCubicPixels(MakeCubicFixUp(job, columns.get(), begin, row, rowTap, wideReadEnd),
-                                     list, count);
-        };
+        { kernels.fixUpCubicPixels(MakeCubicFixUp(job, columns, begin, row, rowTap), list, count); };
         const int ends[] = {0, width - 1};
         fixUp(0, ends, 2);
         for (int begin = 1; begin < width - 1; begin += stripColumns)

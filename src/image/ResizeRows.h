@@ -55,14 +55,25 @@ inline void StoreBgrKeepAlpha(unsigned char* dst, const unsigned char* bgr, int 
         std::memcpy(dst, bgr, 3);
 }
 
-/// From this column on, loading four bytes at a tap could leave the source row.
+/// What the columns of a result read of a source row.
 template <typename Tap>
-int WideReadEnd(const Tap* columns, int count, const CTarvexDib& from)
+struct Columns
 {
-    while (count > 0 && std::end(columns[count - 1].offset)[-1] + 4 > from.PixelSize() * from.Width())
-        --count;
-    return count;
-}
+    /// makeTap(position, length, step) makes a tap as MakeLinearTap and MakeCubicTap do.
+    template <typename MakeTap>
+    Columns(const ResizeJob& job, const MakeTap& makeTap)
+        : taps(Tabulate(job.to.Width(), [&](int i)
+                        { return makeTap(i * job.stepX, job.from.Width(), job.from.PixelSize()); })),
+          wideReadEnd(job.to.Width())
+    {
+        const int rowBytes = job.from.PixelSize() * job.from.Width();
+        while (wideReadEnd > 0 && std::end(taps.get()[wideReadEnd - 1].offset)[-1] + 4 > rowBytes)
+            --wideReadEnd;
+    }
+
+    std::unique_ptr<Tap[]> taps;
+    int wideReadEnd; ///< from this column on, loading four bytes at a tap could leave the source row
+};
 
 /// Part of a row of the result: an estimate writes all pixels and marks those that it cannot decide, which
 /// are then computed exactly.
@@ -118,16 +129,11 @@ private:
 };
 
 /// The pixels from column `begin` of row `row` on, for FixUpCubicPixels.
-inline CubicFixUp MakeCubicFixUp(const ResizeJob& job, const CubicTap* columns, int begin, int row,
-                                 const CubicTap& rowTap, int wideReadEnd)
+inline CubicFixUp MakeCubicFixUp(const ResizeJob& job, const Columns<CubicTap>& columns, int begin, int row,
+                                 const CubicTap& rowTap)
 {
-    CubicFixUp result = {job.to.GetPixelFast(begin, row),
-                         job.to.PixelSize(),
-                         {},
-                         {},
-                         columns + begin,
-                         wideReadEnd - begin,
-                         job.channels};
+    CubicFixUp result = {job.to.GetPixelFast(begin, row), job.to.PixelSize(),          {},          {},
+                         columns.taps.get() + begin,      columns.wideReadEnd - begin, job.channels};
     for (int k = 0; k < 4; ++k)
     {
         result.rows[k] = job.from.GetPixelFast(0, rowTap.offset[k]);

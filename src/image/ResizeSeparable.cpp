@@ -39,25 +39,22 @@ TapSet MakeTapSet(const CubicTap& tap)
     return result;
 }
 
-// What each method brings: its tap, made from a position, and its exact pixels.
+// What differs between the methods. FixUpPixels computes the listed pixels, counted from column `begin`,
+// exactly.
 struct Linear
 {
     using Tap = LinearTap;
     static constexpr int kTaps = 2;
-    static Tap MakeTap(double position, int length, int step)
-    {
-        return MakeLinearTap(position, length, step);
-    }
+    static constexpr auto MakeTap = MakeLinearTap;
 
-    // Computes the listed pixels of the strip that starts at column `begin`.
-    static void FixUpPixels(const ResizeJob& job, const Tap* columns, int begin, int row, const Tap& rowTap,
-                            int, const int* list, int count)
+    static void FixUpPixels(const ResizeJob& job, const Columns<Tap>& columns, int begin, int row,
+                            const Tap& rowTap, const int* list, int count)
     {
         const unsigned char* const upper = job.from.GetPixelFast(0, rowTap.offset[0]);
         const unsigned char* const lower = job.from.GetPixelFast(0, rowTap.offset[1]);
         for (int i = 0; i < count; ++i)
             LinearRow(job.to.GetPixelFast(begin + list[i], row), job.to.PixelSize(), upper, lower,
-                      rowTap.fraction, columns + begin + list[i], 1, job.channels);
+                      rowTap.fraction, columns.taps.get() + begin + list[i], 1, job.channels);
     }
 };
 
@@ -65,13 +62,12 @@ struct Cubic
 {
     using Tap = CubicTap;
     static constexpr int kTaps = 4;
-    static Tap MakeTap(double position, int length, int step) { return MakeCubicTap(position, length, step); }
+    static constexpr auto MakeTap = MakeCubicTap;
 
-    static void FixUpPixels(const ResizeJob& job, const Tap* columns, int begin, int row, const Tap& rowTap,
-                            int wideReadEnd, const int* list, int count)
+    static void FixUpPixels(const ResizeJob& job, const Columns<Tap>& columns, int begin, int row,
+                            const Tap& rowTap, const int* list, int count)
     {
-        ActiveKernels().fixUpCubicPixels(MakeCubicFixUp(job, columns, begin, row, rowTap, wideReadEnd), list,
-                                         count);
+        ActiveKernels().fixUpCubicPixels(MakeCubicFixUp(job, columns, begin, row, rowTap), list, count);
     }
 };
 
@@ -81,14 +77,12 @@ void ResizeSeparable(const ResizeJob& job)
     using Tap = typename Method::Tap;
     const CTarvexDib &to = job.to, &from = job.from;
     const int width = to.Width(), height = to.Height();
-    const auto columns = Tabulate(width, [&](int i)
-                                  { return Method::MakeTap(i * job.stepX, from.Width(), from.PixelSize()); });
-    const auto tapSets = Tabulate(width, [&](int i) { return MakeTapSet(columns.get()[i]); });
+    const Columns<Tap> columns(job, Method::MakeTap);
+    const auto tapSets = Tabulate(width, [&](int i) { return MakeTapSet(columns.taps.get()[i]); });
     const auto positions = TabulateRows(height, 0.0, job.stepY, [](double y) { return y; });
     RollingBuffer<float, 4> filtered(4 * kStripColumns + 1); // a row may write one float more
     EstimatedStrip strip(job);
 
-    const int wideReadEnd = WideReadEnd(columns.get(), width, from);
     const KernelTable& kernels = ActiveKernels();
     for (int begin = 0; begin < width; begin += kStripColumns)
     {
@@ -96,7 +90,7 @@ void ResizeSeparable(const ResizeJob& job)
         const auto filterRow = [&](float* out, int row)
         {
             kernels.horizontalRow(out, from.GetPixelFast(0, row), tapSets.get() + begin, Method::kTaps, count,
-                                  std::clamp(wideReadEnd - begin, 0, count), job.channels);
+                                  std::clamp(columns.wideReadEnd - begin, 0, count), job.channels);
         };
         filtered.Clear();
         for (int row = height - 1; row >= 0; --row) // the order of memory
@@ -116,7 +110,7 @@ void ResizeSeparable(const ResizeJob& job)
                                         std::ptrdiff_t{job.channels} * count);
                 },
                 [&](const int* list, int listed)
-                { Method::FixUpPixels(job, columns.get(), begin, row, rowTap, wideReadEnd, list, listed); });
+                { Method::FixUpPixels(job, columns, begin, row, rowTap, list, listed); });
         }
     }
 }
