@@ -1,6 +1,6 @@
-// Times the operations of the image: pixels per second of the picture that is written, beside their
-// definition, a copy of the same bytes, and other libraries. What differs from its definition in a byte is
-// not timed.
+// Times the operations of CTarvexDib, in pixels of the written picture per second. Each is compared with its
+// definition (ImageReference.h), with a memcpy of as many bytes, and with other libraries. An operation that
+// differs from its definition in one byte is not timed.
 
 #include "PixelBench.h"
 
@@ -26,7 +26,7 @@
 namespace
 {
 
-// Number of the pictures that have a colour of their own in every second block of 32 x 32 pixels.
+// The picture number for which every second block of 32 x 32 pixels has the key colour.
 constexpr int kCutOut = 1;
 constexpr unsigned char kKey[] = {3, 2, 1}; // blue, green, red
 
@@ -53,7 +53,7 @@ void Draw(CTarvexDib& dib, int number)
     }
 }
 
-// Random bytes, colours too, for depths that Create does not make.
+// Fills an image of a depth that Create does not make with random pixels and a random colour table.
 void LoadNoise(CTarvexDib& dib, int width, int height, int bits)
 {
     const int colors = bits <= 8 ? 1 << bits : 0;
@@ -110,7 +110,7 @@ void AddCopy(int width, int height, int bits)
     Add(CopyName(width, height, bits), width, height, copy, copy);
 }
 
-// An operation beside its definition, where both agree.
+// Times an operation and its definition, if `agree` says that their results are equal. It is asked once.
 void AddPair(const std::string& name, int width, int height, int bits, const Work& operation,
              const Work& definition, const Work& agree, const Work& restore = nullptr)
 {
@@ -124,7 +124,7 @@ void AddPair(const std::string& name, int width, int height, int bits, const Wor
     Add(name + "/definition", width, height, definition, once, restore);
 }
 
-// What writes a picture.
+// An operation that writes the whole target picture.
 void AddOperation(const std::string& name, int width, int height, int bits,
                   const std::function<bool(CTarvexDib&)>& operation,
                   const std::function<void(CTarvexDib&)>& definition)
@@ -165,7 +165,7 @@ void AddResizes()
         }
 }
 
-// Those with two sources, of 24 or 32 bits.
+// The blends of two sources, with 24 or 32 bits.
 void AddBlends(int bits)
 {
     using Blend = std::function<bool(CTarvexDib&, CTarvexDib&, CTarvexDib&)>;
@@ -251,7 +251,7 @@ void AddAlphas()
         [](CTarvexDib& to) { reference::AlphaAlpha(to, 255); });
 }
 
-// What changes a picture in place and needs it as it was in every round.
+// An operation that changes a picture in place. Every round needs the original picture again.
 void AddChange(const std::string& name, const std::function<CTarvexDib&()>& source, int bits,
                const std::function<bool(CTarvexDib&)>& operation,
                const std::function<void(CTarvexDib&)>& definition)
@@ -414,7 +414,7 @@ void Add(const std::string& name, int width, int height, const Work& work, const
             return state.SkipWithError("differs from its definition");
         if (restore)
             restore();
-        work(); // once before the clock starts, for what it fetches
+        work(); // makes the pictures and fills the caches before the clock starts
         for ([[maybe_unused]] auto _ : state)
         {
             if (restore)
@@ -451,7 +451,7 @@ void AddPeer(const std::string& name, const std::string& peer, const std::functi
 int main(int argc, char** argv)
 {
 #if defined(__GLIBC__)
-    // Memory that a round gives back serves the next one, so that the system's pages are not what is timed.
+    // Keeps freed memory in the process, so that a round does not measure how the system provides pages.
     mallopt(M_MMAP_THRESHOLD, 32 << 20);
     mallopt(M_TRIM_THRESHOLD, 1 << 30);
 #endif

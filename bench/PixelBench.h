@@ -1,6 +1,6 @@
 #pragma once
 
-// What the timing of the image and that of the other libraries share: the pictures and the clock.
+// Shared by the benchmark of the image and those of the other libraries: the pictures and the clock.
 
 #include "ZelUtil/TarvexDib.h"
 
@@ -8,11 +8,11 @@
 #include <functional>
 #include <string>
 
-// The same picture at every call: shapes that change slowly, under noise. Pictures of one size differ by
-// their number. Those of less than 24 bits have random bytes.
+// Returns the same picture for the same arguments: smooth shapes under noise, or random bytes below 24 bits.
+// `number` tells pictures of the same size and depth apart.
 CTarvexDib& Picture(int width, int height, int bits, int number = 0);
 
-// The picture that operations write.
+// The picture that the timed operations write.
 inline CTarvexDib& Target(int width, int height, int bits)
 {
     return Picture(width, height, bits, 9);
@@ -20,15 +20,15 @@ inline CTarvexDib& Target(int width, int height, int bits)
 
 std::size_t ImageBytes(const CTarvexDib& dib);
 
-// A BMP file for the operations that read one, the same that Save makes of a picture of kWidth by kHeight.
+// The path of a BMP file to read: a 24-bit picture of kWidth by kHeight, as Save writes it.
 const std::string& BmpFile();
-// The file that those which write one may write.
+// The path of a file that the timed operations may write.
 const std::string& ScratchFile();
 
 constexpr int kWidth = 1920;
 constexpr int kHeight = 1080;
 
-// A change of size that is timed.
+// One case of Resize.
 struct Scale
 {
     int fromWidth, fromHeight, width, height;
@@ -42,7 +42,7 @@ constexpr Scale kScales[] = {{640, 480, 1920, 1440},
 
 constexpr const char* kMethods[] = {"nearest", "bilinear", "cubic"}; // in the order of InterpolMethod
 
-// At equal size the cubic methods of other libraries copy, while this one smooths.
+// At equal size the cubic methods of other libraries copy, while this one blurs.
 inline bool IsComparable(const Scale& scale, int method)
 {
     return method < 2 || scale.fromWidth != scale.width;
@@ -52,21 +52,21 @@ std::string ResizeName(const Scale& scale, int method, int bits);
 
 using Work = std::function<bool()>;
 
-// Times `work`, which writes a picture of width by height pixels. `prepare` comes once before the clock
-// starts, `restore`, which is not timed, before every round; false from `prepare` refuses to time. The label
-// names the copy that the speed is seen beside.
+// Times `work`, which writes a picture of width by height pixels. `prepare` runs once before the clock
+// starts; if it returns false, nothing is timed. `restore` runs before every round and is not timed. `label`
+// names the memcpy benchmark to compare with.
 void Add(const std::string& name, int width, int height, const Work& work, const Work& prepare,
          const Work& restore = nullptr, const std::string& label = "");
 
-// Another library at the operation `name`. It may do other work (round another way, weigh by fewer bits,
-// shade with alpha multiplied in), so its result is not compared.
+// Times another library at the operation `name`. It may round differently, use weights of fewer bits or blend
+// with premultiplied alpha, so its result is not compared.
 void AddPeer(const std::string& name, const std::string& peer, int width, int height,
              const std::function<void()>& work);
 
-// Those of kWidth by kHeight.
+// The same for pictures of kWidth by kHeight.
 void AddPeer(const std::string& name, const std::string& peer, const std::function<void()>& work);
 
-// One function for each library; there are those that are installed.
+// One function per library, defined only if the library is installed.
 void AddFreeImage();
 void AddLibYuv();
 void AddOpenCv();

@@ -1,4 +1,4 @@
-# What is installed, and the packages that `cpack` makes of it.
+# Installation, and the packages that `cpack` makes.
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ZelUtil)
@@ -9,7 +9,7 @@ install(TARGETS ZelUtil ZelUtilStatic EXPORT ZelUtilTargets
     LIBRARY COMPONENT Runtime NAMELINK_COMPONENT Development
     ARCHIVE COMPONENT Development
     FILE_SET HEADERS COMPONENT Development
-    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}) # for CMake before 3.23, which knows no FILE_SET
+    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}) # for CMake before 3.23, which has no FILE_SET
 install(FILES ${compiler_runtime} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Runtime)
 
 # For CMake.
@@ -20,7 +20,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/ZelUtilConfigVersion.cmak
 install(FILES ${PROJECT_BINARY_DIR}/ZelUtilConfig.cmake ${PROJECT_BINARY_DIR}/ZelUtilConfigVersion.cmake
     DESTINATION ${config_dir} COMPONENT Development)
 
-# For pkg-config, wherever the folders are moved to.
+# For pkg-config. The paths are relative to the .pc file, so the installation can be moved.
 string(REGEX REPLACE "[^/]+" ".." up ${pkgconfig_dir})
 string(REPLACE "Threads::Threads" "pthread" platform_flags "${platform_libraries}")
 list(TRANSFORM platform_flags PREPEND -l)
@@ -38,7 +38,7 @@ set(processor ${CMAKE_SYSTEM_PROCESSOR})
 set(CPACK_GENERATOR DEB TGZ)
 if(is_x86 AND CMAKE_SIZEOF_VOID_P EQUAL 4)
     set(processor i686)
-    set(CPACK_GENERATOR TGZ) # Debian's tools would name 32-bit packages of a 64-bit machine as what it needs
+    set(CPACK_GENERATOR TGZ) # on a 64-bit system, Debian's tools would derive wrong dependencies
 endif()
 if(WIN32)
     set(CPACK_GENERATOR ZIP)
@@ -46,10 +46,10 @@ endif()
 set(CPACK_SYSTEM_NAME ${CMAKE_SYSTEM_NAME}-${processor})
 set(CPACK_COMPONENTS_ALL Runtime Development)
 set(CPACK_STRIP_FILES ON)
-set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS # whatever the umask
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS # independent of the umask
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
-# Debian packages: one to run with and one to build with.
+# Two Debian packages: one to run programs with, one to build them with.
 set(CPACK_PACKAGE_CONTACT "ZelUtil maintainers <zelutil@localhost>")
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -63,7 +63,7 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY >=)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libzelutil-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION})")
-if(ZELUTIL_XCB) # which programs with the static library link
+if(ZELUTIL_XCB) # programs that link the static library link libxcb too
     string(APPEND CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ", libxcb1-dev")
 endif()
 include(CPack)

@@ -2,7 +2,7 @@
 //
 //     bmpview [--seconds N] FILE.bmp
 //
-// The window closes by itself after N seconds, where they are given. Exit code 0: shown, 1: failed, 2: usage.
+// With --seconds the window closes by itself after N seconds. Exit code 0: shown, 1: failed, 2: wrong usage.
 
 #include "bmpview.h"
 

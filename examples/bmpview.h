@@ -2,7 +2,7 @@
 
 #include "ZelUtil/WinDib.h"
 
-/// Shows the picture in a window of its size, scaled when the window is resized, until the window is closed
-/// or `seconds` have passed; 0 stands for no limit. Throws std::runtime_error where no window can be shown.
-/// Each system has a source of its own.
+/// Shows the picture in a window of its size. If the window is resized, the picture is scaled. Returns when
+/// the window is closed or `seconds` have passed; 0 means no limit. Throws std::runtime_error if no window
+/// can be shown. Implemented once for each window system.
 void ShowPicture(const CWinDib& picture, const char* title, double seconds);

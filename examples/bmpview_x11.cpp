@@ -24,7 +24,7 @@ struct Disconnect
     void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
 };
 
-// The picture as a device of this size shows it: 32 bits.
+// Draws the picture into a memory context of this size and captures it with 32 bits.
 bool Render(CWinDib& shown, const CWinDib& picture, int width, int height)
 {
     CDC memory;
@@ -45,10 +45,10 @@ class Window
 public:
     Window(const CWinDib& picture, const char* title);
 
-    // Handles what has happened; false once the window was closed.
+    // Handles all waiting events; false once the window was closed.
     bool HandleEvents();
 
-    // Sleeps until something happens, for so many milliseconds at most; negative: without end.
+    // Sleeps until an event arrives, but at most so many milliseconds; a negative number means no limit.
     void Wait(int milliseconds) const;
 
 private:
@@ -143,7 +143,7 @@ void Window::Wait(int milliseconds) const
     poll(&input, 1, milliseconds);
 }
 
-// Sends the rows from the top down, as many at a time as a request takes.
+// Sends the rows from the top down, as many at a time as one request can hold.
 void Window::Paint() const
 {
     CWinDib shown;

@@ -1,4 +1,4 @@
-# Runs a program and checks how it ended and what it wrote:
+# Runs a program and checks its exit code and its output:
 #   cmake -DCOMMAND="program;argument..." -DEXIT=code -DMATCH=regex [-DINPUT=file] -P check.cmake
 set(input)
 if(INPUT)

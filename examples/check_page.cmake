@@ -1,4 +1,4 @@
-# Checks that a page quotes a program, or another file, as it is:
+# Checks that a page quotes a program, or another file, without a difference:
 #   cmake -DPAGE=page.md -DPROGRAM=program.cpp -P check_page.cmake
 file(READ ${PAGE} page)
 file(READ ${PROGRAM} program)

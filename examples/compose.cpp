@@ -1,9 +1,10 @@
-// Composes a picture: a BMP file is fetched through the cache, resampled, shaded, overlaid, framed and
-// tinted, drawn into a device context and captured from there, then saved and read back.
+// Composes a picture: loads a BMP file through the cache, resamples and shades it, adds a tinted inset, an
+// overlay and a frame, draws the result into a device context and captures it, saves it and reads it back.
 //
 //     compose PICTURE.bmp OVERLAY.bmp OUTPUT.bmp [WIDTH HEIGHT]
 //
-// The picture may have any depth; the overlay has 32 bits and alpha. Exit code 0: done, 1: failed, 2: usage.
+// The picture may have any depth; the overlay must have 32 bits, with alpha. Exit code 0: done, 1: failed,
+// 2: wrong usage.
 
 #include "ZelUtil/ZelUtil.h"
 
@@ -24,7 +25,7 @@ void Require(bool done, const std::string& what)
         throw std::runtime_error(what);
 }
 
-// Runs one step, which fails with an error, and tells its time.
+// Runs one step and prints its time. Throws if the step returns false or null.
 template <typename Step>
 void Timed(const char* name, const Step& step)
 {
@@ -42,7 +43,7 @@ void FillRect(const CTarvexDib& dib, int left, int top, int right, int bottom, R
             std::memcpy(dib.GetPixelFast(x, y), pixel, sizeof pixel);
 }
 
-// Light that falls off towards the corners, drawn small and enlarged.
+// A light that fades towards the corners, drawn small and enlarged.
 bool DrawLight(CTarvexDib& light, int width, int height)
 {
     constexpr int kSize = 33;
@@ -60,7 +61,7 @@ bool DrawLight(CTarvexDib& light, int width, int height)
     return light.Resize(small);
 }
 
-// The overlay at a third of the picture's height in the upper left corner of a clear layer.
+// A transparent layer with the overlay in its upper left corner, at a third of the picture's height.
 bool PlaceOverlay(CTarvexDib& layer, CTarvexDib& overlay, int width, int height, int margin)
 {
     CTarvexDib badge;
@@ -74,7 +75,7 @@ bool PlaceOverlay(CTarvexDib& layer, CTarvexDib& overlay, int width, int height,
            layer.CopyRect(margin, margin, badge, 0, 0, badge.Width(), badge.Height());
 }
 
-// A frame around the whole picture; where it has the key colour, magenta, the picture shows.
+// A frame around the whole picture. Its inside has the key colour, magenta, so that the picture shows there.
 bool DrawFrame(CTarvexDib& frame, int width, int height, int border)
 {
     if (!frame.Create(width, height, 24))
@@ -85,7 +86,7 @@ bool DrawFrame(CTarvexDib& frame, int width, int height, int border)
     return true;
 }
 
-// A quarter of the size, tinted.
+// The picture at a quarter of its width and height, tinted.
 bool DrawInset(CTarvexDib& inset, const CTarvexDib& canvas)
 {
     return inset.Create(canvas.Width() / 4, canvas.Height() / 4, 32) &&
@@ -101,7 +102,7 @@ bool SamePixels(const CTarvexDib& a, const CTarvexDib& b)
                            static_cast<std::size_t>(a.Height())) == 0;
 }
 
-// Draws the picture where a window would have it drawn, and takes a copy of what is to be seen there.
+// Draws the picture into a memory context, as a program would into its window, and captures it from there.
 bool DrawAndCapture(CWinDib& captured, const CWinDib& picture)
 {
     const HDC screen = GetDC(nullptr);
@@ -131,7 +132,7 @@ void Compose(const char* picturePath, const char* overlayPath, const char* outpu
 
     const int border = std::max(std::min(width, height) / 40, 2);
     const int margin = 2 * border;
-    CTarvexDib source(*picture); // the cached image stays as its other holders know it
+    CTarvexDib source(*picture); // a copy: other users of the cached image see no change
     CWinDib canvas, captured;
     CTarvexDib light, layer, frame, inset;
     Timed("convert to true colour", [&] { return source.ChangeToTrueColor(true); });

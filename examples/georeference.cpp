@@ -2,11 +2,12 @@
 //
 //     georeference [FILE]
 //
-// Each line of FILE pairs a source point with its target: "sx sy tx ty", in numbers that white space
-// separates. Empty lines and lines that start with "#" do not count. Without FILE a built-in sample is taken:
-// pixels of a scanned map and their positions in metres. For orders 1 to 3 the coefficients are printed, what
-// is left of each point, and the root of the mean square of that. Then each line "x y" of standard input is
-// mapped by the highest order that could be fitted. Exit code 0: done, 1: bad input, 2: usage.
+// Each line of FILE pairs a source point with its target: "sx sy tx ty", four numbers separated by white
+// space. Empty lines and lines that start with "#" are ignored. Without FILE, a built-in sample is used:
+// pixels of a scanned map and their positions in metres. For orders 1 to 3 the program prints the
+// coefficients, the residual of each point (given minus mapped target), and the root mean square of the
+// residuals, sqrt(sum of (dx^2 + dy^2) / points). Then it maps each line "x y" of standard input by the
+// highest order that could be fitted. Exit code 0: done, 1: bad input, 2: wrong usage.
 
 #include "ZelUtil/PolyApprox.h"
 
@@ -26,7 +27,7 @@ namespace
 constexpr int kTerms[] = {0, 3, 6, 10};
 constexpr const char* kTermNames[] = {"1", "x", "y", "x^2", "x y", "y^2", "x^3", "x^2 y", "x y^2", "y^3"};
 
-// A sheet that lay a little askew and stretched unevenly on the scanner.
+// A sheet that was slightly rotated and unevenly stretched on the scanner.
 constexpr const char* kSample = "# column row east north\n"
                                 "  102   98  502010.4 5431989.7\n"
                                 "  903  101  506012.1 5431992.3\n"
@@ -43,7 +44,7 @@ constexpr const char* kSample = "# column row east north\n"
                                 "  500  400  503993.7 5430486.0\n"
                                 " 2100 1000  511998.2 5427490.8\n";
 
-// Reads `count` numbers and nothing else.
+// True if the line consists of exactly `count` finite numbers.
 bool ParseNumbers(const std::string& line, double* numbers, int count)
 {
     std::istringstream text(line);
@@ -108,14 +109,14 @@ void PrintFit(const CPolyApprox& approx, const ControlPoints& points)
     std::printf("  root mean square %.6f\n", std::sqrt(sum / points.count));
 }
 
-// Whether the fit gives numbers; coordinates that overflow in it do not.
+// Whether the fit maps every source point to finite numbers; a fit that overflowed does not.
 bool IsUsable(const CPolyApprox& approx, const ControlPoints& points)
 {
     return std::all_of(points.source, points.source + points.count,
                        [&](const REALPOINT& p) { return IsFinite(approx.Approx(p)); });
 }
 
-// Gives the fit of the highest order that succeeds.
+// Prints every fit that succeeds and returns the one of the highest order.
 CPolyApprox FitAll(const ControlPoints& points)
 {
     CPolyApprox best;

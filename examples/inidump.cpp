@@ -1,9 +1,9 @@
-// Lists the sections of an INI file, or looks a key up through both engines.
+// Lists the sections of an INI file, or looks a key up by both engines.
 //
-//     inidump FILE                 one section name a line
-//     inidump FILE SECTION KEY     the value, by the indexed and by the direct engine
+//     inidump FILE                 prints the section names, one per line
+//     inidump FILE SECTION KEY     prints the value found by the indexed and by the direct engine
 //
-// Exit code 0: found (by either engine), 1: no section, or no such value, 2: usage.
+// Exit code 0: found (by at least one engine), 1: no section or no such value, 2: wrong usage.
 
 #include "ZelUtil/INIFileReader.h"
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Shows a BMP file by bmpview on a display of its own and compares the window's pixels with the file's, as
-# another program reads it:
+# Shows a BMP file with bmpview on a virtual display and compares the pixels of the window with those that another
+# program reads from the file:
 #   screenshot.sh BMPVIEW FILE.bmp
 set -euo pipefail
 if [ "${3:-}" != inside ]; then
@@ -12,7 +12,7 @@ read -r width height < <(pamfile "$1.expected" | sed -E 's/.* ([0-9]+) by ([0-9]
 "$1" --seconds 20 "$2" &
 viewer=$!
 trap 'kill $viewer 2>/dev/null || true' EXIT
-for _ in $(seq 50); do # without a window manager the window stands in the upper left corner
+for _ in $(seq 50); do # without a window manager the window is in the upper left corner
     xwd -root -silent | xwdtopnm -quiet | pamcut -width "$width" -height "$height" >"$1.seen"
     if cmp -s "$1.seen" "$1.expected"; then
         exit 0

@@ -1,8 +1,8 @@
-# Shared by the scripts of this folder: they source it first. Leaves them in the root of the project.
+# Every script in this folder sources this file first. It changes to the root folder of the project.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-# Installs the Debian packages named that are not there yet.
+# Installs those of the given Debian packages that are missing.
 need() {
     local missing=() package
     for package in "$@"; do
@@ -23,7 +23,7 @@ need() {
     "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-# Configures and builds a preset; what follows are targets, all where none is named.
+# build PRESET [TARGET...]: configures the preset and builds the targets, or everything if none is given.
 build() {
     local preset=$1
     shift
@@ -31,8 +31,8 @@ build() {
     cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
-# Starts the services of Wine, in a folder of this project, until the script ends: started by a test, they would
-# hold that test's output open.
+# Starts the services of Wine, in a folder of this project, and stops them when the script ends. If a test started them,
+# they would keep the test's output open.
 start_wine() {
     export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
     mkdir -p "$WINEPREFIX"

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Puts the medians of benchmark results into the table of a page, between its two marks.
+"""Replaces the table of a page, between its two marks, by the medians of benchmark results.
 
     performance.py PAGE RESULT.json...
 
-A benchmark is named OPERATION/WHO: the library, the definition, or the name of another library. The label of
-the first names the copy of the same bytes.
+A benchmark is named OPERATION/WHO, where WHO is "library", "definition" or the name of another library. The label of
+OPERATION/library is the name of the memcpy benchmark to compare with.
 """
 
 import json
@@ -14,12 +14,12 @@ BEGIN, END = "<!-- table -->", "<!-- /table -->"
 
 
 def read(paths):
-    """The medians in millions a second, by name and in the order of the programs, and the labels."""
+    """Returns the medians (in millions per second) and the labels by benchmark name, in the order of the programs."""
     speeds, labels = {}, {}
     for path in paths:
         with open(path, encoding="utf-8") as file:
             results = json.load(file)["benchmarks"]
-            # Those that were mixed stand in the order of their end.
+            # With random interleaving, the results are listed in the order in which they ended.
             for result in sorted(results, key=lambda result: result["family_index"]):
                 name = result["run_name"]
                 if result.get("error_occurred"):

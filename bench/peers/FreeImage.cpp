@@ -5,7 +5,7 @@
 #include <inttypes.h>
 #include <map>
 
-// It defines some of the types of WinTypes.h once more.
+// In a namespace, because FreeImage.h defines some of the types of WinTypes.h again.
 namespace freeimage
 {
 #include <FreeImage.h>
@@ -16,7 +16,7 @@ using freeimage::FIBITMAP;
 namespace
 {
 
-// The picture as one of its own, made once.
+// The picture as a FreeImage bitmap, made once.
 FIBITMAP* Source(int width, int height, int bits)
 {
     static std::map<std::string, FIBITMAP*> pictures;
@@ -34,7 +34,7 @@ FIBITMAP* Source(int width, int height, int bits)
     return picture;
 }
 
-// What is timed makes a new picture every time.
+// An operation that allocates its result; the time includes freeing it.
 void AddMaker(const std::string& name, int width, int height, const std::function<FIBITMAP*()>& make)
 {
     AddPeer(name, "FreeImage", width, height, [make] { freeimage::FreeImage_Unload(make()); });

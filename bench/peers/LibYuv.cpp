@@ -10,7 +10,7 @@ CTarvexDib& Source(int bits, int number = 0)
     return Picture(kWidth, kHeight, bits, number);
 }
 
-// Pointer and stride, as all functions take them.
+// Pointer and stride of an image, as libyuv takes them.
 #define PIXELS(dib) (dib).GetScanLine(0), (dib).BytesPerScanLine()
 
 void Add(const char* name, const std::function<void()>& work)

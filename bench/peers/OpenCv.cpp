@@ -5,7 +5,7 @@
 namespace
 {
 
-// The rows of the picture as they are stored.
+// A matrix over the stored rows of a picture, without a copy.
 cv::Mat Wrap(const CTarvexDib& dib)
 {
     return {dib.Height(), dib.Width(), CV_8UC(dib.PixelSize()), dib.GetScanLine(0),

@@ -5,7 +5,7 @@
 namespace
 {
 
-// One of its images over the rows of a picture, for as long as it is used.
+// A pixman image over the stored rows of a picture, without a copy, or a solid colour.
 struct Image
 {
     explicit Image(const CTarvexDib& dib)

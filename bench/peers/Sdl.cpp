@@ -8,7 +8,7 @@
 namespace
 {
 
-// One of its surfaces over the rows of a picture, for as long as it is used. Without blending.
+// An SDL surface over the stored rows of a picture, without a copy. Its blend mode is off.
 struct Surface
 {
     explicit Surface(const CTarvexDib& dib)

@@ -21,7 +21,7 @@ int main()
     if (!target.ShadePerPixel(&layer, &lake, 60) || !target.Save("shaded.bmp"))
         return 1;
 
-    // The key colour, magenta, is for where nothing of the badge is to be seen.
+    // Paint the key colour, magenta, wherever the badge is less than half opaque.
     for (int y = 0; y < kHeight; ++y)
         for (int x = 0; x < kWidth; ++x)
             if (unsigned char* const pixel = layer.GetPixelFast(x, y); pixel[3] < 128)

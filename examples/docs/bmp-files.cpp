@@ -6,22 +6,22 @@ int main()
 {
     CTarvexDib dib;
     if (dib.Load("sheet.ini"))
-        return 1; // that is no BMP file
+        return 1; // not a BMP file
 
-    // A file of 8 bits that states 0 colours and means all 256.
+    // An 8-bit file whose header states 0 colours, which means all 256.
     if (!dib.Load("palette.bmp"))
         return 1;
     std::printf("colours as the file states them: %d\n",
                 (dib.GetDibLength() - 40 - dib.BytesPerScanLine() * dib.Height()) / 4);
 
-    // Its pixels find their colours all the same ...
+    // The pixels still have their colours ...
     CTarvexDib colours(dib);
     if (!colours.ChangeToTrueColor(false))
         return 1;
     const unsigned char* const corner = colours.GetPixelFast(0, 0);
     std::printf("upper left corner: red %d, green %d, blue %d\n", corner[2], corner[1], corner[0]);
 
-    // ... but to save them the table has to be counted.
+    // ... but Save leaves the table out until its count is set.
     if (!dib.SetColorTable(dib.GetColorTable(), 256) || !dib.Save("counted.bmp"))
         return 1;
     if (!dib.Load("counted.bmp") || !dib.ChangeToTrueColor(false))

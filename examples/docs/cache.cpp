@@ -6,14 +6,14 @@ int main()
 {
     BitmapCache cache;
     CTarvexDib* const first = cache.getBitmap("map.bmp");
-    CTarvexDib* const second = cache.getBitmap("map.bmp");  // no second look at the file
-    CTarvexDib* const other = cache.getBitmap("./map.bmp"); // another name is another image
+    CTarvexDib* const second = cache.getBitmap("map.bmp");  // does not read the file again
+    CTarvexDib* const other = cache.getBitmap("./map.bmp"); // another name, another image
     if (first == nullptr || other == nullptr)
         return 1;
     std::printf("same image: %s, %s\n", first == second ? "yes" : "no", first == other ? "yes" : "no");
 
     cache.releaseBitmap(second);
-    cache.releaseBitmap("map.bmp"); // the last one: first and second are gone
+    cache.releaseBitmap("map.bmp"); // the last reference: first and second are invalid now
     std::printf("once more: %s\n", cache.releaseBitmap("map.bmp") ? "true" : "false");
-    return 0; // the cache destroys what is left
+    return 0; // the cache destroys the images it still holds
 }

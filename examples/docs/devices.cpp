@@ -8,8 +8,8 @@ int main()
     if (!picture.Load("map.bmp"))
         return 1;
 
-    // A context in memory and a bitmap of the screen's kind to draw on; a window's context is drawn on
-    // in the same way.
+    // A memory context, and a bitmap in the screen's format to draw on. Drawing into the context of a window
+    // works in the same way.
     CDC memory;
     CBitmap surface;
     const HDC screen = GetDC(nullptr);
@@ -23,7 +23,7 @@ int main()
     SetStretchBltMode(memory, COLORONCOLOR);
     picture.StretchDraw(memory, 0, 0, 72, 48);
     const bool done = captured.Capture(memory, CRect(0, 0, 72, 48));
-    SelectObject(memory, previous); // a bitmap is deleted only when no context holds it
+    SelectObject(memory, previous); // a bitmap is destroyed only once no context selects it
     if (!done)
         return 1;
 

@@ -4,7 +4,7 @@
 
 int main()
 {
-    // What fails in the ordinary course of things gives false.
+    // A failure that a caller must expect returns false.
     CTarvexDib dib;
     std::printf("load: %s\n", dib.Load("missing.bmp") ? "true" : "false");
     std::printf("a depth of 12 bits: %s\n", dib.Create(4, 4, 12) ? "true" : "false");

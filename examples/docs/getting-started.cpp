@@ -12,7 +12,7 @@ int main()
     }
     std::printf("map.bmp: %d x %d of %d bits\n", picture.Width(), picture.Height(), picture.BitCount());
 
-    CTarvexDib half; // a target has a size and a depth before it is filled
+    CTarvexDib half; // Resize fills an image that has its size and depth
     if (!half.Create(picture.Width() / 2, picture.Height() / 2, 24))
         return 1;
     half.SetupInterpolMethod(CTarvexDib::InterpolBiLinear);

@@ -10,7 +10,7 @@ int main()
     if (reader.getStringFromIni("sheet.ini", "sheet", "SCALE", &value, kIndexed, !kReload))
         std::printf("scale %s\n", value.c_str());
 
-    // "Caption=" has an empty value: the indexed engine has not found it, the direct one has.
+    // "Caption=" has an empty value: not found for the indexed engine, found for the direct one.
     value = "unchanged";
     bool found = reader.getStringFromIni("sheet.ini", "Overlay", "Caption", &value, kIndexed, !kReload);
     std::printf("indexed: %s, '%s'\n", found ? "found" : "not found", value.c_str());

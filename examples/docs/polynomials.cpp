@@ -16,7 +16,7 @@ int main()
     }
 
     CPolyApprox approx;
-    if (!approx.SetupPolynom(points, 1)) // order 1: 4 pairs at least
+    if (!approx.SetupPolynom(points, 1)) // order 1 needs at least 4 pairs
         return 1;
     const REALPOINT middle = approx.Approx({50.0, 40.0});
     std::printf("%.3f %.3f\n", middle.x, middle.y);

@@ -7,7 +7,7 @@ int main()
     if (map == nullptr)
         return 1;
 
-    CTarvexDib picture(*map); // the other users of the file see no change
+    CTarvexDib picture(*map); // a copy: other users of the cached image see no change
     if (!picture.ChangeToTrueColor(true))
         return 1;
 

@@ -20,7 +20,7 @@ int main()
         CTarvexDib enlarged;
         if (!enlarged.Create(240, 180, 24))
             return 1;
-        enlarged.SetupInterpolMethod(picture.method); // behind Create, which decides the depth
+        enlarged.SetupInterpolMethod(picture.method); // after Create: the method needs the depth
         if (!enlarged.Resize(part) || !enlarged.Save(picture.file))
             return 1;
         std::printf("%s\n", picture.file);

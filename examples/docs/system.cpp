@@ -13,7 +13,7 @@ int main()
         return 1;
     std::printf("%#x, %u bytes of %lu\n", type, length, file->getLength());
 
-    // Without "\" or "/": one pattern for both systems.
+    // "" is the current folder.
     CStdStr<char>* names = nullptr;
     const unsigned long count = OSDependant::GetFileListInDirectory("", "map.*", &names);
     const std::unique_ptr<CStdStr<char>[]> owner(names);

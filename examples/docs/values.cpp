@@ -14,7 +14,7 @@ int main()
 
     unsigned char bytes[16];
     char text[33];
-    ZelId::create(); // the first one of the process is all zero
+    ZelId::create(); // the first identifier of a process is all zero
     ZelId::create().get(bytes);
     RBinToString(bytes, sizeof bytes, text);
     std::printf("%s\n", text);

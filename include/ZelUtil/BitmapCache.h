@@ -21,38 +21,39 @@ struct ZELUTIL_API BitmapCacheEntry
 
 /// Shares one image per BMP file name between several users.
 ///
-/// A name is a key exactly as it is passed: "a.bmp", "A.BMP" and "./a.bmp" are three keys and three images.
-/// Every holder of a name gets the same image and may change it; all see the change. The images stay the
-/// cache's: callers never delete one. Each successful getBitmap and increaseRefCount obliges to one
-/// releaseBitmap, by name or by image. A pointer is valid until the release that brings its count to zero,
-/// or until the cache is destroyed.
+/// The key is the name exactly as it is passed: "a.bmp", "A.BMP" and "./a.bmp" are three keys with three
+/// images. All users of a name get the same image and may change it; each sees the changes of the others. The
+/// cache owns the images: callers never delete one. Each successful getBitmap or increaseRefCount must be
+/// matched by one releaseBitmap, by name or by image. A pointer is valid until its reference count falls to 0
+/// or the cache is destroyed.
 ///
-/// Unknown names and images and null give false, with the cache unchanged. The cache has no lock, so one
-/// thread uses it at a time.
+/// For an unknown name, an unknown image and null the result is false, and the cache is unchanged. The cache
+/// has no lock: only one thread at a time may use it.
 class ZELUTIL_API BitmapCache
 {
 public:
     BitmapCache();
 
-    /// Destroys every image that is still held.
+    /// Destroys every image that the cache still holds.
     ~BitmapCache();
 
     BitmapCache(const BitmapCache&) = delete;
     BitmapCache& operator=(const BitmapCache&) = delete;
 
     ZELUTIL_CONST_RESULTS_BEGIN
-    /// The image of the name, loaded with CTarvexDib::Load(path) where the cache does not hold it. Null where
-    /// it cannot be loaded; that is not remembered, so the next call tries again. A hit costs no file access
-    /// and, apart from the name as it is passed, no allocation. Where memory for the cache's own records runs
-    /// out, std::bad_alloc leaves the cache as it was.
+    /// Returns the image of the name and adds one reference to it. If the cache does not hold the image, it
+    /// is loaded by CTarvexDib::Load(path). Null if it cannot be loaded; this is not remembered, so the next
+    /// call tries again. If the cache holds the image, the call costs no file access and, apart from the copy
+    /// of the name that is passed, no allocation. If memory for the cache's own records runs out, throws
+    /// std::bad_alloc and leaves the cache as it was.
     CTarvexDib* const getBitmap(CStdStr<char> fileName);
     ZELUTIL_CONST_RESULTS_END
 
-    /// One more reference to an image of this cache. Walks the entries.
+    /// Adds one reference to an image of this cache. Searches all entries.
     bool increaseRefCount(const CTarvexDib* const bitmap);
 
-    /// One reference less; the last one destroys the image. The next getBitmap of the name reads the file
-    /// afresh. The form that takes an image walks the entries.
+    /// Removes one reference; removing the last one destroys the image, and the next getBitmap of its name
+    /// reads the file again. The form that takes an image searches all entries.
     bool releaseBitmap(CStdStr<char> fileName);
     bool releaseBitmap(CTarvexDib* const bitmap);
 

@@ -1,7 +1,8 @@
 #pragma once
 
-/// ZELUTIL_API marks what the shared library exports. A program that links the static library defines
-/// ZELUTIL_STATIC (the CMake target does it), the library's own build defines ZELUTIL_BUILDING.
+/// ZELUTIL_API marks what the shared library exports. A program that links the static library must define
+/// ZELUTIL_STATIC (the CMake target and pkg-config do so). The build of the shared library defines
+/// ZELUTIL_BUILDING.
 #if defined(ZELUTIL_STATIC)
 #define ZELUTIL_API
 #elif defined(_WIN32)
@@ -14,8 +15,8 @@
 #define ZELUTIL_API __attribute__((visibility("default")))
 #endif
 
-/// Brackets declarations whose results are `const int`, `const bool` and the like: the qualifier belongs to
-/// the interface's function types, and compilers warn that it has no other effect.
+/// Enclose declarations of functions that return `const int`, `const bool` and the like. The `const` is part
+/// of these function types, so it must stay; compilers warn that it has no other effect.
 #define ZELUTIL_CONST_RESULTS_BEGIN                                                                          \
     _Pragma("GCC diagnostic push") _Pragma("GCC diagnostic ignored \"-Wignored-qualifiers\"")
 #define ZELUTIL_CONST_RESULTS_END _Pragma("GCC diagnostic pop")

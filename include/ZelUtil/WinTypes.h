@@ -1,8 +1,9 @@
 #pragma once
 
 /// \file
-/// The bitmap records of the published BMP format and what the graphics calls take and give: the platform's
-/// own on Windows, the same names, layouts and values elsewhere.
+/// The structures of the published BMP format, and the types and constants of the graphics calls. On Windows
+/// they are those of the system's headers; on other systems they are declared here, with the same names,
+/// layouts and values.
 
 #if defined(_WIN32)
 
@@ -18,7 +19,7 @@
 
 #include <cstdint>
 
-/// One entry of a colour table. The fourth byte is reserved and not a part of the colour.
+/// One entry of a colour table. The fourth byte is reserved and not part of the colour.
 struct tagRGBQUAD
 {
     std::uint8_t rgbBlue;
@@ -28,7 +29,7 @@ struct tagRGBQUAD
 };
 using RGBQUAD = tagRGBQUAD;
 
-/// The info header of 40 bytes that stands before the colour table.
+/// The info header of 40 bytes, which precedes the colour table.
 struct tagBITMAPINFOHEADER
 {
     std::uint32_t biSize;
@@ -45,7 +46,7 @@ struct tagBITMAPINFOHEADER
 };
 using BITMAPINFOHEADER = tagBITMAPINFOHEADER;
 
-/// Header and colour table in one block; the table goes on behind its one declared entry.
+/// Header and colour table in one block. The table continues after its one declared entry.
 struct tagBITMAPINFO
 {
     BITMAPINFOHEADER bmiHeader;
@@ -67,7 +68,7 @@ using HWND = struct HWND__*;
 using HBITMAP = struct HBITMAP__*;
 using HPALETTE = struct HPALETTE__*;
 
-/// A rectangle of the columns left to right - 1 and the rows top to bottom - 1.
+/// A rectangle: the columns left to right - 1 and the rows top to bottom - 1.
 struct tagRECT
 {
     LONG left;
@@ -77,7 +78,7 @@ struct tagRECT
 };
 using RECT = tagRECT;
 
-/// What GetObject tells of a device bitmap.
+/// The description of a device bitmap that GetObject fills in.
 struct tagBITMAP
 {
     LONG bmType;
@@ -90,7 +91,7 @@ struct tagBITMAP
 };
 using BITMAP = tagBITMAP;
 
-/// One colour of a palette. The flags play no part off Windows.
+/// One colour of a palette. Only Windows uses the flags.
 struct tagPALETTEENTRY
 {
     BYTE peRed;
@@ -100,16 +101,16 @@ struct tagPALETTEENTRY
 };
 using PALETTEENTRY = tagPALETTEENTRY;
 
-/// The colours of a palette go on behind their one declared entry.
+/// A palette to be created. Its colours continue after their one declared entry.
 struct tagLOGPALETTE
 {
-    WORD palVersion; ///< 0x300
+    WORD palVersion; ///< always 0x300
     WORD palNumEntries;
     PALETTEENTRY palPalEntry[1];
 };
 using LOGPALETTE = tagLOGPALETTE;
 
-#if !defined(FALSE) // macros in other headers too
+#if !defined(FALSE) // other headers define these macros too
 #define FALSE 0
 #endif
 #if !defined(TRUE)
@@ -125,7 +126,7 @@ inline constexpr int RC_PALETTE = 0x0100;
 inline constexpr int BLACKONWHITE = 1, WHITEONBLACK = 2, COLORONCOLOR = 3, HALFTONE = 4;
 inline constexpr COLORREF CLR_INVALID = 0xFFFFFFFF;
 
-#define ZELUTIL_SOFT_GDI // the calls themselves are the library's: SoftGdi.h
+#define ZELUTIL_SOFT_GDI // the library provides the graphics calls: SoftGdi.h
 
 #endif
 

@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// The whole interface.
+/// Includes the whole interface of the library.
 
 #include "ZelUtil/BitmapCache.h"
 #include "ZelUtil/CVar.h"
