@@ -2,9 +2,9 @@
 """Has other programs write BMP files of every kind that they know, and compares what the library reads from them
 with what the program that wrote them reads.
 
-    independent.py DUMP FOLDER
+    independent.py FOLDER DUMP...
 
-DUMP is the program of support/DumpBmp.cpp, FOLDER is for the files. Which files the library has to refuse, their
+FOLDER is for the files, DUMP is the program of support/DumpBmp.cpp, after an emulator where it needs one. Which files the library has to refuse, their
 own headers tell. Ends with 77 where there is none of these programs.
 """
 import collections
@@ -19,7 +19,7 @@ try:
 except ImportError:
     Image = None
 
-DUMP, FOLDER = sys.argv[1:]
+FOLDER, *DUMP = sys.argv[1:]
 SOURCE, BMP, OTHER, OURS = (os.path.join(FOLDER, name) for name in ["source.ppm", "a.bmp", "other.ppm", "ours.ppm"])
 
 
@@ -118,7 +118,7 @@ def main():
                 program.write(kind)
                 header = open(BMP, "rb").read(54)
                 bits = struct.unpack_from("<H", header, 28)[0]
-                taken = subprocess.run([DUMP, BMP, OURS]).returncode == 0
+                taken = subprocess.run([*DUMP, BMP, OURS]).returncode == 0
                 same = taken == is_supported(header)
                 if taken:
                     program.read()
