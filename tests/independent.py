@@ -4,8 +4,8 @@ with what the program that wrote them reads.
 
     independent.py FOLDER DUMP...
 
-FOLDER is for the files, DUMP is the program of support/DumpBmp.cpp, after an emulator where it needs one. Which files the library has to refuse, their
-own headers tell. Ends with 77 where there is none of these programs.
+FOLDER is for the files. DUMP is the program of support/DumpBmp.cpp, after an emulator where it needs one. The
+headers of the files tell which the library has to refuse. Ends with 77 where there is none of these programs.
 """
 import collections
 import os
