@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -12,16 +13,21 @@ namespace zel
 using Block = std::unique_ptr<unsigned char[]>;
 
 /// The bytes are not initialised. Null where memory runs out.
-inline Block Allocate(std::int64_t bytes)
+inline Block Allocate(std::size_t bytes)
 {
     try
     {
-        return Block(new unsigned char[static_cast<std::size_t>(bytes)]);
+        return Block(new unsigned char[bytes]);
     }
     catch (const std::bad_alloc&)
     {
         return nullptr;
     }
+}
+
+inline Block Allocate(std::int64_t bytes)
+{
+    return Allocate(static_cast<std::size_t>(bytes));
 }
 
 /// Sets the padding of rows to 0. Each row has `rowBytes` bytes, of which the first `usedBytes` are pixels.
