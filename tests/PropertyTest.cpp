@@ -18,7 +18,7 @@ struct Property
 constexpr Property kProperties[] = {{"Image", property::Image},
                                     {"Bmp", property::Bmp},
                                     {"Ini", property::Ini},
-#ifndef _WIN32
+#ifdef ZELUTIL_SOFT_GDI
                                     {"Gdi", property::Gdi}
 #endif
 };
