@@ -2,12 +2,16 @@
 
 #include "ZelUtil/CVar.h"
 
-/// The process-wide objects that callers do not see. They stand in ZelUtil.cpp with the others.
+/// \file
+/// ProcessObjects.cpp defines every process-wide object that has a constructor, and every one that callers or
+/// several sources use. Those that callers do not see are declared here.
+
 namespace zel
 {
 
 inline constexpr unsigned int kVariableCapacity = 1024;
 
+/// The records of the variable table.
 extern CVar g_variables[kVariableCapacity];
 
 } // namespace zel

@@ -1,26 +1,7 @@
-#include "ProcessObjects.h"
-#include "ZelUtil/INIFileReader.h"
-#include "ZelUtil/ZelBox.h"
 #include "ZelUtil/ZelId.h"
 
 #include <cctype>
 #include <cstring>
-
-// Every process-wide object of the library, in the order in which they come to life. They are destroyed in
-// the reverse order. Constants and plain data have their values before any code runs.
-
-constexpr double kPi = 3.14159265358979323846;
-constinit const double PI = kPi;
-constinit const double TWO_PI = kPi + kPi;
-constinit const double HALF_PI = kPi * 0.5;
-
-CVar zel::g_variables[zel::kVariableCapacity];
-
-INIFileReader ini;
-
-constinit const double SQRT_DBL_MAX = 1.3407807929942596e154;
-
-unsigned char ZelId::m_unassignedId[16] = {};
 
 namespace
 {
