@@ -5,8 +5,8 @@
 #include "ZelUtil/ZelId.h"
 
 // All in one file, because only there the language fixes the order: these objects are constructed from top to
-// bottom when the library is loaded and destroyed in reverse. A constinit object has its value before any code
-// runs.
+// bottom when the library is loaded and destroyed in reverse. A constinit object has its value before any
+// code runs.
 
 constexpr double kPi = 3.14159265358979323846;
 constinit const double PI = kPi;

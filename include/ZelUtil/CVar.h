@@ -4,38 +4,39 @@
 
 #include <string>
 
-/// A configuration variable: a record of the process-wide table, or a caller's own copy of one.
+/// A configuration variable: a record of the process-wide table, or a caller's copy of one.
 struct ZELUTIL_API CVar
 {
-    /// Two empty texts; the other fields are not initialised, and have to be set before the first copy.
+    /// Two empty texts. The other fields are not initialised: set them before the record is copied.
     CVar();
 
     std::string name;
     std::string valueText;
-    unsigned int flags; ///< the caller's bits: those of every request so far
-    bool created;       ///< true from creation on
-    float value;        ///< what std::atof makes of the default text, narrowed
-    CVar* next;         ///< the record created just before; null in the first one. A copy joins no table.
+    unsigned int flags; ///< bits defined by the caller: those of all requests so far
+    bool created;       ///< true once CVar_Get has created the record
+    float value;        ///< std::atof of the default text, as a float
+    CVar* next; ///< the record created just before this one; null in the first. A copy is not in the table.
 };
 
 /// \name The variable table
-/// Up to 1024 variables, which live as long as the library is loaded: a pointer to a record stays valid, and
-/// no record is ever removed. The table has no lock; callers take turns. Nothing here throws or writes a log.
+/// The table has room for 1024 variables. A record is never moved or removed, so pointers to it stay valid
+/// until the library is unloaded. There is no lock: callers serialise their calls. No function throws or
+/// logs.
 /// @{
 
-/// The variable of this name, letter case included, created with `defaultText` where there is none yet. The
-/// text of an existing one does not change; `flags` are added to its bits. Recently created ones are found
-/// first. Null for a new name when `defaultText` is null, the table is full or memory runs out, and for a
-/// null name.
+/// Returns the variable `name` (case-sensitive) and adds `flags` to its bits; its text and value do not
+/// change. If there is none, creates it from `defaultText`. The most recent variables are found fastest.
+/// Returns null for a null name, and for a new name if `defaultText` is null, the table is full or memory
+/// runs out.
 ZELUTIL_API CVar* CVar_Get(const char* name, const char* defaultText, unsigned int flags);
 
-/// Variables in use.
+/// Returns the number of variables.
 ZELUTIL_API unsigned int CVar_GetNb();
 
-/// Variable number `index`, in order of creation; null from CVar_GetNb() on.
+/// Returns a variable by its order of creation, from 0 on. Null if `index` is not below CVar_GetNb().
 ZELUTIL_API CVar* CVar_GetAt(unsigned int index);
 
-/// Part of the interface, but there is nothing for them to do.
+/// These belong to the interface but do nothing.
 ZELUTIL_API void CVar_Init(int, char**);
 ZELUTIL_API void CVar_Fini();
 ZELUTIL_API void CVar_SaveVars(const char*);

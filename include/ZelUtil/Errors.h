@@ -3,24 +3,23 @@
 #include "ZelUtil/StdStr.h"
 
 /// \file
-/// The error objects that the library throws, always by value, and that its callers may throw and catch too.
-/// Two families stand under one empty root: BasicError, whose source line is an `int`, and EStdException,
-/// whose source line is an `unsigned long`. All are plain values: they own copies of their texts, copy and
-/// assign member by member, and have no virtual operations. Building or copying one fails only with the
-/// standard allocation failure of its texts.
+/// The errors that the library throws by value. Callers may throw and catch the same classes. There are two
+/// families under one empty root: BasicError, whose source line is an `int`, and EStdException, whose source
+/// line is an `unsigned long`. All are plain values without virtual operations: each owns copies of its
+/// texts, and is copied and assigned member by member. Constructing or copying one throws std::bad_alloc if
+/// there is no memory for a text.
 ///
-/// The texts, in every class:
-/// - methode: the operation that failed: class name, two colons, operation name; or a short phrase
-/// - msg: what happened, for a person
-/// - file: the source file of the throwing statement
-/// - line: its line there
+/// Every class of the two families has these members:
+/// - methode: the operation that failed, as class name, two colons and operation name, or as a short phrase
+/// - msg: a message for people
+/// - file, line: where the error was thrown
 
-/// Catches every error of both families.
+/// The root of all errors: a handler for it catches every class of this file.
 class ZELUTIL_API EBaseException
 {
 };
 
-/// The root of the errors whose source line is an `int`.
+/// The base of the errors whose source line is an `int`.
 class ZELUTIL_API BasicError : public EBaseException
 {
 public:
@@ -32,7 +31,7 @@ public:
     const int& getLine() const { return m_line; }
 
 protected:
-    /// For derived classes that have nothing to tell: three times "UNDEF", and line -1.
+    /// For derived classes without details: all three texts are "UNDEF", and the line is -1.
     BasicError();
 
 private:
@@ -42,14 +41,14 @@ private:
     int m_line;
 };
 
-/// Memory for an object's own data could not be obtained.
+/// There is no memory for an object's data.
 class ZELUTIL_API MemoryError : public BasicError
 {
 public:
     MemoryError(const CStdStr<char>& methode, const CStdStr<char>& msg, const CStdStr<char>& file, int line);
 };
 
-/// An argument does not fit. `parameter` is its name or its value.
+/// An argument is invalid. `parameter` is its name or value.
 class ZELUTIL_API ParameterError : public BasicError
 {
 public:
@@ -62,7 +61,7 @@ private:
     CStdStr<char> m_parameter;
 };
 
-/// The object is in the wrong state. `member` is the name of the member that shows it.
+/// An object is in the wrong state. `member` names the data member concerned.
 class ZELUTIL_API MemberError : public BasicError
 {
 public:
@@ -75,7 +74,7 @@ private:
     CStdStr<char> m_member;
 };
 
-/// The root of the errors whose source line is an `unsigned long`.
+/// The base of the errors whose source line is an `unsigned long`.
 class ZELUTIL_API EStdException : public EBaseException
 {
 public:
@@ -94,8 +93,8 @@ private:
     unsigned long m_line;
 };
 
-/// An object could not be constructed. `parameters` are the constructor's arguments as text; mind that they
-/// come second here, before the message.
+/// An object could not be constructed. `parameters` holds the constructor's arguments as text. Note that it
+/// is the second argument here, before the message.
 class ZELUTIL_API EConstruction : public EStdException
 {
 public:
@@ -108,7 +107,7 @@ private:
     CStdStr<char> m_parameters;
 };
 
-/// An index or a counter left its range.
+/// An index or a counter is out of range.
 class ZELUTIL_API EOutOfBounds : public EStdException
 {
 public:
@@ -116,12 +115,12 @@ public:
                  const unsigned long& line);
 };
 
-/// Something looked for is not there.
+/// Something was not found. The library itself does not throw it.
 class ZELUTIL_API ENotFound : public EBaseException
 {
 };
 
-/// A file could not be used.
+/// A file could not be used. The library itself does not throw it.
 class ZELUTIL_API EFileAccess : public EBaseException
 {
 public:

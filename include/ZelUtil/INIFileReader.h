@@ -6,112 +6,108 @@
 #include <cstdint>
 #include <cstdio>
 
+#include <memory>
+
+namespace zel
+{
+class IniIndex;
+}
+
 ZELUTIL_CONST_RESULTS_BEGIN
 
-/// Reads values and section names out of INI files; never writes one. Two engines find values:
+/// Reads values and section names from INI files; never writes one. Two engines find values:
 ///
-/// - indexed: parses a file once into an index and answers from it until another file is asked for. Strict: a
-///   file with a malformed line gives no value at all. An empty value counts as not found.
-/// - direct: keeps the text of a file and scans it for every request. Lenient: it skips what it does not
-///   understand; where a name that has matched so far breaks off at a blank, it tries again behind that
-///   blank, so "ab abc=1" answers for the key "abc". A line that begins with "[" ends a section, with or
-///   without its "]". An empty value is a found one.
+/// - The indexed engine parses a file once and answers from its index until another file is requested. It is
+///   strict: one malformed line, and the whole file gives no value. An empty value counts as not found.
+/// - The direct engine keeps the text of a file and scans it for every request. It is lenient: it skips what
+///   it does not understand. An empty value is found. Every line that begins with "[" ends a section, even
+///   without a "]". A leading word that the requested name begins with is skipped: the line "ab abc=1" is
+///   also found under the key "abc".
 ///
-/// Both read "[section]" headers and "key=value" lines, ignore the letter case of both names (as std::toupper
-/// sees it), take the first section and the first key of a name, skip blanks (space, tab) before a line's
-/// first character, and give values without blanks around them. Blanks inside brackets and before "=" belong
-/// to the names. Lines that begin with ";" or CR, and lines before the first header, do not count. The
-/// indexed engine also drops a CR at the end of a value, behind the blanks; the direct one keeps it.
+/// Both read "[section]" headers and "key=value" lines. They ignore the letter case of both names (by
+/// std::toupper), use the first section and the first key of a name, skip blanks (space and tab) at the start
+/// of a line, and return values without the blanks around them. Blanks inside the brackets and before the "="
+/// are part of the names. Lines that begin with ";" or CR, and lines before the first header, are ignored.
+/// The indexed engine also removes one CR from the end of a value, after trimming the blanks; the direct
+/// engine keeps it.
 ///
-/// Text is read as Windows reads it, on every system: CR LF is one line end, Ctrl-Z (0x1A) ends
-/// the text. A zero byte ends it for the engines, and its line for a listing. Limits, counted behind the
-/// first two: 4,194,304 characters a file, a zero byte and what follows it included, 511 a value (the rest is
-/// cut off), 253 a requested section, 254 a requested key (longer ones are not found), 511 a file name (a
-/// longer one, like a folder, cannot be opened). In the indexed engine a header or key line whose name needs
-/// more than 255 characters, with its brackets or its "=", is malformed; so are a header without "]", a key
-/// line without "=", and a last line inside a section that has nothing but blanks and no line end.
+/// Files are read in the text mode of Windows on every system: CR LF is one line end, and Ctrl-Z (0x1A) ends
+/// the text. A zero byte ends the text for the engines, and its line for a listing.
 ///
-/// A file that cannot be opened or is too long leaves what the engine holds. Every later failure to read it
-/// or to find memory leaves it holding no file; only where memory for the result itself runs out does the
-/// indexed engine keep its file. No operation throws. Apart from its caches a reader holds at most one open
-/// file, that of the section listing. One thread uses it at a time.
+/// Limits, in characters after that translation:
+/// - 4,194,304 per file, including a zero byte and what follows it; a longer file gives no value
+/// - 511 per value; the rest is cut off before the blanks are trimmed
+/// - 253 per requested section and 254 per requested key; longer ones are not found
+/// - 511 per file name; a file with a longer one cannot be opened, and neither can a directory
+///
+/// For the indexed engine these lines are malformed: a header without "]" or with more than 255 characters up
+/// to it; inside a section, a key line without "=" or with more than 255 characters up to it; and inside a
+/// section, a last line of blanks alone that has no line end.
+///
+/// If a file cannot be opened or is too long, an engine keeps the file that it holds. If reading fails later,
+/// or memory runs out, it holds no file afterwards; only if memory for the result itself runs out does the
+/// indexed engine keep its file. No operation throws. Apart from the engines' texts, a reader holds at most
+/// one open file, the one that it lists. A reader must not be used by two threads at once.
 class ZELUTIL_API INIFileReader
 {
 public:
-    /// Holds nothing.
+    /// Holds no file.
     INIFileReader();
 
-    /// A copy holds nothing, and assignment drops what the target held, except to itself.
+    /// A copy holds no file. Assignment drops what the target held, unless it is assigned to itself.
     INIFileReader(const INIFileReader& other);
     INIFileReader& operator=(const INIFileReader& other);
 
     ~INIFileReader();
 
-    /// Finds the value of `key` in `section`, by the indexed engine when `useProfile`, else by the direct
-    /// one. `reload` makes the direct engine read the file again; the indexed one reads a file again only
-    /// after end_profile_string, another file, or a failure that left it without one. True with the value in
-    /// `*result`. Where no value is found `*result` stays as it was (indexed) or becomes empty (direct).
-    /// False for a null `result`.
+    /// Looks up `key` in `section`, by the indexed engine if `useProfile` is true, else by the direct engine.
+    /// Returns true with the value in `*result`. If there is none, `*result` stays as it was (indexed) or
+    /// becomes empty (direct). Returns false for a null `result`.
+    ///
+    /// With `reload` the direct engine reads the file again. The indexed engine reads a file again only after
+    /// end_profile_string, after a request for another file, and after a failure that made it drop the file.
     bool getStringFromIni(const CStdStr<char>& fileName, const CStdStr<char>& section,
                           const CStdStr<char>& key, CStdStr<char>* const result, bool useProfile,
                           bool reload);
 
-    /// Drops what the direct engine holds, and ends the section listing.
+    /// Drops the direct engine's file and ends the section listing.
     void EndStringFromIni();
 
-    /// Drops what the indexed engine holds, and ends the section listing; nothing where it has no index.
+    /// Drops the indexed engine's index and file and ends the section listing; does nothing without an index.
     void end_profile_string();
 
-    /// Starts a listing: the name of the file's first section, as the file writes it. Lines longer than 511
-    /// characters count as several. White space of every kind may stand before the "["; without a "]" the
-    /// name is empty. It reads on to a header or the end of the file, however far: a pipe without an end is
-    /// nothing to list. False, with `name` as it was: a listing was started before and not ended by one of
-    /// the two calls above (one whose file could not be opened counts), an empty file name, no section.
+    /// Starts a listing and returns the name of the first section, exactly as written. White space of any
+    /// kind may precede the "["; without a "]" the name is empty. A line of more than 511 characters counts
+    /// as several lines. The search for a header has no limit, so do not list an endless pipe.
+    ///
+    /// Returns false, with `name` as it was, if there is no section, for an empty file name, and if an
+    /// earlier listing was not ended by one of the two operations above. A listing counts as started even if
+    /// its file could not be opened.
     bool getFirstSectionName(const CStdStr<char>& fileName, CStdStr<char>& name);
 
-    /// The next one. False, with `name` as it was, where there is none, and for a header on the file's last
-    /// line when that has no line end (a last piece of exactly 511 characters is still listed).
+    /// Returns the next name. Returns false, with `name` as it was, if there is none, and for a header on the
+    /// file's last line if that line has no line end (unless its last piece has exactly 511 characters).
     bool getNextSectionName(CStdStr<char>& name);
 
 private:
-    /// An entry is a section, "[NAME]", or one of its keys, "KEY=".
-    struct ProfileEntry
-    {
-        const char* text; ///< in m_profileText, which has it in upper case; behind a key follows its value
-        std::uint32_t length;
-        std::uint32_t hash;
-        std::uint32_t section; ///< of a key its section's entry, of a section itself
-        std::uint32_t next;    ///< entry of the same bucket
-    };
-
     int get_profile_string(const char* section, const char* key, const char* defaultValue, char* buffer,
                            int size, const char* fileName);
     const bool GetStringFromIni(const CStdStr<char>& fileName, const CStdStr<char>& section,
                                 const CStdStr<char>& key, CStdStr<char>* const result, unsigned int size,
                                 bool reload);
-    bool ReadDirectText(const CStdStr<char>& fileName);
-    void DropDirectText();
     bool ReadProfile(const char* fileName);
-    void ClearProfile();
-    bool BuildIndex();
-    bool NextEntry(ProfileEntry*& entry, ProfileEntry*& section);
-    const char* FindInIndex(const char* section, const char* key) const;
-    const char* FindInText(const char* section, const char* key) const;
+    bool ReadDirectText(const CStdStr<char>& fileName);
     bool FindHeader(CStdStr<char>& name, bool& atEnd);
     void CloseList();
 
-    CStdStr<char> m_listFileName; ///< not empty: a listing was started
-    std::FILE* m_listFile = nullptr;
+    CStdStr<char> m_listFileName;    ///< empty unless a listing was started
+    std::FILE* m_listFile = nullptr; ///< null once a listing has no more names
     CStdStr<char> m_directFileName;
-    char* m_directText = nullptr; ///< owned, terminated
+    std::unique_ptr<char[]> m_directText; ///< null while the direct engine holds no file
     char m_profileFileName[512] = {};
-    char* m_profileText = nullptr; ///< owned, terminated
-    /// Owned: the entries in the order of the text, free ones, and behind them buckets, each the number of
-    /// its first entry.
-    ProfileEntry* m_profileIndex = nullptr;
-    std::uint32_t m_profileCapacity = 2048; ///< entries of the index
-    std::uint32_t m_profileBuckets = 0;     ///< in use, a power of two; 0 while no file is held
-    bool m_profileIndexMissing = true;
+    std::unique_ptr<char[]> m_profileText;         ///< null while the indexed engine holds no file
+    std::unique_ptr<zel::IniIndex> m_profileIndex; ///< of that text; null until the first look-up
+    std::uint32_t m_profileCapacity = 2048;        ///< of the next index, in entries
 };
 
 ZELUTIL_CONST_RESULTS_END

@@ -9,32 +9,32 @@
 #include <memory>
 #include <new>
 
-/// A point of a plane.
+/// A point in a plane.
 struct REALPOINT
 {
     double x;
     double y;
 };
 
-/// Pairs of points that a polynomial is fitted to: source[k] is to map to target[k].
+/// The control points of a fit: source[k] should map to target[k].
 struct ControlPoints
 {
     REALPOINT source[20];
     REALPOINT target[20];
-    int count; ///< pairs in use, from index 0 on, at most 20
+    int count; ///< number of pairs in use, at most 20
 };
 
-/// A fitted polynomial. The first 3, 6 or 10 entries of each array mean something, for order 1, 2 or 3. The
-/// terms, by index: 1, x, y, x^2, x*y, y^2, x^3, x^2*y, x*y^2, y^3.
+/// A fitted polynomial. Orders 1, 2 and 3 use the first 3, 6 and 10 coefficients of each array. The terms by
+/// index: 1, x, y, x^2, x*y, y^2, x^3, x^2*y, x*y^2, y^3.
 struct PolyCoefficients
 {
     int order;
-    double xCoeff[10]; ///< of the result's x
-    double yCoeff[10]; ///< of the result's y
+    double xCoeff[10]; ///< for the x of the result
+    double yCoeff[10]; ///< for the y of the result
 };
 
-/// A dense matrix of doubles, not initialised. The elements are on the heap: std::bad_alloc where memory runs
-/// out.
+/// A dense matrix of doubles on the heap, not initialised. The constructor throws std::bad_alloc if memory
+/// runs out.
 class CMatrix
 {
 public:
@@ -45,7 +45,8 @@ public:
     CMatrix(const CMatrix&) = delete;
     CMatrix& operator=(const CMatrix&) = delete;
 
-    /// Throws BasicError ("CMatrix::operator()", "Index out of bounds") outside 0 to rows - 1, 0 to cols - 1.
+    /// Row `r`, column `c`, both counted from 0. Throws BasicError ("CMatrix::operator()", "Index out of
+    /// bounds") if there is no such element.
     double& operator()(int r, int c)
     {
         if (r < 0 || r >= rows || c < 0 || c >= cols)
@@ -70,12 +71,12 @@ private:
     int cols;
 };
 
-/// The normal equations of one fit: one n x n matrix, two right-hand sides.
+/// The normal equations of one fit: an n x n matrix and two right-hand sides.
 class CPolyArguments
 {
 public:
-    /// Throws MemoryError ("CPolyArguments::CPolyArguments", "Out of memory"); nothing is left allocated
-    /// then.
+    /// Throws MemoryError ("CPolyArguments::CPolyArguments", "Out of memory"), with nothing left allocated,
+    /// if memory runs out.
     explicit CPolyArguments(int n) : size(n)
     {
         try
@@ -93,42 +94,48 @@ public:
     CPolyArguments& operator=(const CPolyArguments&) = delete;
 
     std::unique_ptr<CMatrix> matrix;
-    std::unique_ptr<double[]> rhsX; ///< for the coefficients of x
-    std::unique_ptr<double[]> rhsY; ///< for the coefficients of y
+    std::unique_ptr<double[]> rhsX; ///< for xCoeff
+    std::unique_ptr<double[]> rhsY; ///< for yCoeff
     int size;
 };
 
-/// Maps points of one plane to another by a polynomial of order 1, 2 or 3 in x and y, fitted to control
-/// points by least squares.
+/// Maps points from one plane to another by a polynomial of order 1, 2 or 3 in x and y, which is fitted to
+/// control points by least squares.
 ///
-/// The fit solves the normal equations by Gauss-Jordan elimination with partial pivoting, in doubles, each
-/// rounded once per operation: results are the same on every build. Coordinates of large magnitude lose
-/// digits there; shift and scale them towards -1 to 1 before an order 3 fit.
+/// The fit solves the normal equations by Gauss-Jordan elimination with partial pivoting. Every operation is
+/// rounded to double, so all builds give the same result. Large coordinates lose digits: before a fit of
+/// order 3, shift and scale them to about -1 to 1.
 ///
-/// A plain value: copies take the state as it is. One caller uses it at a time.
+/// The object is a plain value: copies have the same state. It must not be used by two threads at once.
 class ZELUTIL_API CPolyApprox
 {
 public:
-    /// Unset: maps each point to itself.
+    /// Unset: maps every point to itself.
     CPolyApprox();
 
-    /// Fits a polynomial of this order, which needs 4, 8 or 12 pairs for order 1, 2 or 3, and at most 20.
-    /// False with the object unchanged: another order, another count. False with the object unset: the points
-    /// do not determine a polynomial (an exact zero among the pivots; there is no tolerance). Throws
-    /// MemoryError (or std::bad_alloc where there is none left for its texts either) with the object unset.
-    /// Points on a slanting line may pass, as rounding hides the zero, and coordinates that are not finite or
-    /// overflow give coefficients that are not numbers: look at what is left of the points. GetOrder and the
-    /// coefficients change with a successful fit only.
+    /// Fits a polynomial of the given order. Order 1 needs at least 4 pairs, order 2 needs 8 and order 3
+    /// needs 12; the limit is 20. GetOrder and GetCoefficients change only if the fit succeeds.
+    ///
+    /// - Returns false, with the object unchanged, for any other order or number of pairs.
+    /// - Returns false, with the object unset, if the points do not determine a polynomial, that is, if a
+    ///   pivot is exactly zero. There is no tolerance.
+    /// - Throws MemoryError, with the object unset, if memory runs out (std::bad_alloc if there is none for
+    /// the
+    ///   texts of the error).
+    ///
+    /// Success does not mean a good fit: rounding can hide the zero pivot of points on a slanting line, and
+    /// coordinates that overflow or are not finite give NaN coefficients. Check how well the control points
+    /// map.
     bool SetupPolynom(const ControlPoints& points, int order);
 
-    /// Maps a point: the sums of coefficient * term over the terms in index order, from 0.0 on. Powers are
-    /// x * x, (x * x) * x and alike, mixed terms (x * x) * y and x * (y * y). Allocates nothing.
+    /// Maps a point. Each coordinate is the sum of coefficient * term, added to 0.0 in the order of the
+    /// terms' indices. Terms are multiplied from left to right, except for x * (y * y). Allocates nothing.
     REALPOINT Approx(const REALPOINT& p) const;
 
-    /// The order of the last successful fit; 0 before the first.
+    /// Returns the order of the last successful fit, or 0 before the first.
     int GetOrder() const;
 
-    /// The polynomial of the last successful fit; all zero before the first.
+    /// Returns the polynomial of the last successful fit; all fields are 0 before the first.
     const PolyCoefficients& GetCoefficients() const;
 
 private:
@@ -142,6 +149,6 @@ private:
     void CalcLeastSquares(const ControlPoints& points, CPolyArguments* arguments) const;
     bool SolveMatrix(CPolyArguments* arguments, PolyCoefficients* coefficients) const;
 
-    Evaluator m_evaluator = nullptr; ///< none while the object is unset
+    Evaluator m_evaluator = nullptr; ///< null while the object is unset
     PolyCoefficients m_coefficients = {};
 };

@@ -5,17 +5,17 @@
 #include <bit>
 #include <cstdint>
 
-/// A colour of four fractions, meant to lie within 0.0 to 1.0; nothing confines them to it.
+/// A colour of four fractions. They are meant to lie within 0.0 to 1.0, but are never clamped.
 ///
-/// - byte to fraction: byte * k, rounded once to float, with k the float nearest to 1/255 (0x3B808081)
-/// - fraction to byte: fraction * 255.0, truncated towards zero, never rounded: 0.5 gives 127
+/// - Byte to fraction: byte * k, rounded once to float, where k is the float nearest to 1/255 (0x3B808081).
+/// - Fraction to byte: fraction * 255.0, truncated towards zero, not rounded: 0.5 gives 127.
 ///
-/// Every byte survives the way there and back. Outside 0.0 to 1.0 a byte is the low eight bits of the
-/// truncated product, whatever its size (1.5 gives 126, -0.1 gives 231); what is not a finite number gives 0.
-/// Forms without alpha give alpha 1.0 when they are read, and drop it when they are written.
+/// Every byte survives conversion to a fraction and back. For a fraction outside 0.0 to 1.0, the byte is the
+/// low eight bits of the truncated product: 1.5 gives 126, -0.1 gives 231. Infinities and NaN give 0.
+/// Converting from a form without alpha sets alpha to 1.0; converting to one drops alpha.
 ///
-/// Four plain `int` arguments fit bytes and fractions equally well and do not compile: write the type, as in
-/// RGBColor(1.0F, 0.5F, 0.0F, 1.0F), or convert to `unsigned char`. Nothing here fails, allocates or throws.
+/// Four plain `int` arguments are ambiguous between bytes and fractions: write the type, as in
+/// RGBColor(1.0F, 0.5F, 0.0F, 1.0F), or convert to `unsigned char`. No operation fails, allocates or throws.
 struct RGBColor
 {
     float red = 0.0F;
@@ -37,13 +37,13 @@ struct RGBColor
     {
     }
 
-    /// The reserved byte does not count.
+    /// Ignores the reserved byte.
     RGBColor(const tagRGBQUAD& quad)
         : red(ToFraction(quad.rgbRed)), green(ToFraction(quad.rgbGreen)), blue(ToFraction(quad.rgbBlue))
     {
     }
 
-    /// A colour reference, 0x00BBGGRR; its top byte does not count.
+    /// Converts a colour reference, 0x00BBGGRR. Ignores its top byte.
     RGBColor(long colorRef)
         : red(ToFraction(ByteOf(colorRef, 0))), green(ToFraction(ByteOf(colorRef, 8))),
           blue(ToFraction(ByteOf(colorRef, 16)))
@@ -64,13 +64,13 @@ struct RGBColor
     const RGBColor& operator=(const tagRGBQUAD& quad) { return *this = RGBColor(quad); }
     const RGBColor& operator=(long colorRef) { return *this = RGBColor(colorRef); }
 
-    /// The reserved byte is 0.
+    /// Sets the reserved byte to 0.
     operator tagRGBQUAD() const { return {blueByte(), greenByte(), redByte(), 0}; }
 
-    /// The top byte is 0.
+    /// Gives a colour reference, 0x00BBGGRR.
     operator long() const { return redByte() + greenByte() * 0x100L + blueByte() * 0x10000L; }
 
-    /// Exact comparison of all four; what is not a number equals nothing.
+    /// Compares all four fractions exactly. NaN does not equal itself.
     bool operator==(const RGBColor& other) const
     {
         return red == other.red && green == other.green && blue == other.blue && alpha == other.alpha;
@@ -94,7 +94,8 @@ private:
 
     static unsigned char ToByte(float fraction)
     {
-        // Exact: 24 bits times 8. From 2^62 on the product is a multiple of 256.
+        // The product is exact: 24 bits times 8 bits fit the 53 bits of a double. From 2^62 on it is a
+        // multiple of 256, so its low byte is 0.
         const double product = fraction * 255.0;
         if (!(product > -0x1p62 && product < 0x1p62))
             return 0;

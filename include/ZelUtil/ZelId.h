@@ -3,25 +3,25 @@
 #include "ZelUtil/Errors.h"
 #include "ZelUtil/Export.h"
 
-/// An identifier of 16 bytes for graphic objects, read as one unsigned number whose byte 0 is the lowest.
-/// Fresh ones count up from zero, for the whole process and anew with every load of the library. A plain
-/// value to copy and compare. The counter has no lock: identifiers are made by one thread at a time.
+/// A 16-byte identifier for graphic objects: an unsigned number whose byte 0 is the least significant. Fresh
+/// identifiers count up from 0, process-wide, from each load of the library. An identifier is a plain value.
+/// The counter has no lock: callers serialise the construction of identifiers.
 class ZELUTIL_API ZelId
 {
 public:
-    /// A fresh identifier. The counter steps on behind it. Throws EOutOfBounds
-    /// ("ZelId::incrementInternalCounter", "Maximum index for graphic IDs reached") where sixteen bytes 0xFF
-    /// are next: they are never handed out, and the counter starts at zero again.
+    /// Returns the counter's value and increments the counter. If all of its 16 bytes are 0xFF, throws
+    /// EOutOfBounds ("ZelId::incrementInternalCounter", "Maximum index for graphic IDs reached") instead and
+    /// resets the counter to 0, so that value is never handed out.
     static ZelId create();
 
-    /// Brings an identifier back. Where it is not less than the next fresh one, the counter steps behind it,
-    /// so that it is not handed out again. Sixteen bytes 0xFF throw as above and leave the counter at zero.
+    /// Restores a stored identifier. Unless it is less than the counter, the counter moves to its successor,
+    /// so that it is not handed out again. Sixteen bytes of 0xFF throw as above and reset the counter to 0.
     ZelId(const unsigned char (&bytes)[16]);
 
     /// Copies the 16 bytes out.
     void get(unsigned char (&bytes)[16]) const;
 
-    /// \name Comparison as numbers. The forms that take bytes leave the counter alone.
+    /// \name Comparison as numbers. Comparing with bytes does not move the counter.
     /// @{
     bool operator==(const ZelId& other) const;
     bool operator!=(const ZelId& other) const;
@@ -49,24 +49,25 @@ private:
 ZELUTIL_CONST_RESULTS_BEGIN
 
 /// \name Bytes as hexadecimal text
-/// `length` counts bytes, 0 to 65535; the text takes 2 * length characters and a terminating zero. Text and
-/// bytes do not overlap.
+/// `length` is a number of bytes; the text has 2 * length characters and a terminating zero. Text and bytes
+/// must not overlap.
 /// @{
 
-/// Two lower-case digits a byte, high half first, from the first byte to the last: 0x01, 0xAB give "01ab".
+/// Writes two lower-case digits per byte, high nibble first, from the first byte to the last: 0x01, 0xAB give
+/// "01ab".
 ZELUTIL_API void BinToString(const void* const bytes, unsigned short length, char* const text);
 
-/// From the last byte to the first, as one writes a little-endian number: 0x01, 0xAB give "ab01".
+/// Writes from the last byte to the first, as a little-endian number is read: 0x01, 0xAB give "ab01".
 ZELUTIL_API void RBinToString(const void* const bytes, unsigned short length, char* const text);
 
-/// Reads what BinToString writes. Each pair of characters is a text of its own: white space is skipped, a
-/// sign is taken, then come hexadecimal digits of either case up to the first other character. The byte is
-/// the low eight bits of that value (" f" and "f " give 15, "-1" gives 255). Characters behind the last pair
-/// do not count. False, with nothing written, where `text` is shorter than 2 * length, null counting as
-/// empty, or a pair has no digit in its place.
+/// Reads what BinToString writes. Each pair of characters is read as a number of its own: white space is
+/// skipped, a sign is accepted, then hexadecimal digits of either case follow up to the first other
+/// character. The byte is the low eight bits of that number: " f" and "f " give 15, "-1" gives 255.
+/// Characters after the last pair are ignored. Returns false, with nothing written, if `text` is shorter than
+/// 2 * length (null counts as empty) or a pair has no digit.
 ZELUTIL_API const bool StringToBin(const char* const text, void* const bytes, unsigned short length);
 
-/// The same, but the first pair fills the last byte: reads what RBinToString writes.
+/// Reads what RBinToString writes: as above, but the first pair gives the last byte.
 ZELUTIL_API const bool RStringToBin(const char* const text, void* const bytes, unsigned short length);
 
 /// @}

@@ -13,7 +13,7 @@ CVar* g_newest = nullptr;
 
 } // namespace
 
-// The table's records are zero from load, so their other fields are.
+// The other fields keep their value, which is zero in the records of the table: they are static.
 CVar::CVar() {}
 
 CVar* CVar_Get(const char* name, const char* defaultText, unsigned int flags)

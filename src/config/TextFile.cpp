@@ -1,9 +1,8 @@
 #include "config/TextFile.h"
 
-#include "system/Platform.h"
-
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 namespace zel
 {
@@ -12,9 +11,9 @@ namespace
 {
 
 constexpr std::size_t kMaxNameLength = 511;
-constexpr int kEndOfText = 0x1A;
-
+constexpr std::size_t kMaxTextLength = 0x400000;
 constexpr std::size_t kBlockBytes = 16384;
+constexpr int kEndOfText = 0x1A;
 
 const unsigned char* Find(const unsigned char* from, const unsigned char* end, int character)
 {
@@ -22,7 +21,8 @@ const unsigned char* Find(const unsigned char* from, const unsigned char* end, i
     return found == nullptr ? end : static_cast<const unsigned char*>(found);
 }
 
-// Hands the characters from here to the end of the text to `take`, by runs, until that gives false.
+// Passes the characters from here to the end of the text to `take`, in runs, until it returns false. A CR at
+// the end of a block is held back, as the next block decides whether it counts.
 template <typename Take>
 void TakeText(std::FILE* file, const Take& take)
 {
@@ -53,6 +53,31 @@ void TakeText(std::FILE* file, const Take& take)
         take(&cr, 1);
 }
 
+// Stops counting past the largest text.
+std::size_t CountText(std::FILE* file)
+{
+    std::size_t count = 0;
+    TakeText(file,
+             [&](const unsigned char*, std::size_t length) { return (count += length) <= kMaxTextLength; });
+    return count;
+}
+
+// Reads `count` characters from the start of the file. False if there are fewer.
+bool ReadText(std::FILE* file, char* text, std::size_t count)
+{
+    std::rewind(file);
+    std::size_t read = 0;
+    TakeText(file,
+             [&](const unsigned char* run, std::size_t length)
+             {
+                 length = std::min(length, count - read);
+                 std::memcpy(text + read, run, length);
+                 read += length;
+                 return read < count;
+             });
+    return read == count;
+}
+
 } // namespace
 
 File OpenTextFile(const char* name)
@@ -79,28 +104,28 @@ int ReadTextCharacter(std::FILE* file)
     return character;
 }
 
-std::optional<std::size_t> CountText(std::FILE* file, std::size_t limit)
+bool ReadTextFile(const char* name, std::unique_ptr<char[]>& text)
 {
-    std::size_t count = 0;
-    TakeText(file, [&](const unsigned char*, std::size_t length) { return (count += length) <= limit; });
-    return count > limit ? std::nullopt : std::optional(count);
-}
-
-bool ReadText(std::FILE* file, char* text, std::size_t count)
-{
-    if (std::ferror(file) != 0) // the count is that of a part
+    const File file = OpenTextFile(name);
+    if (file == nullptr)
         return false;
-    std::rewind(file);
-    std::size_t read = 0;
-    TakeText(file,
-             [&](const unsigned char* run, std::size_t length)
-             {
-                 length = std::min(length, count - read);
-                 std::memcpy(text + read, run, length);
-                 read += length;
-                 return read < count;
-             });
-    return read == count;
+    const std::size_t count = CountText(file.get());
+    if (count > kMaxTextLength)
+        return false;
+
+    text.reset();                     // the old text goes before there is a new one
+    if (std::ferror(file.get()) != 0) // only a part was counted
+        return false;
+    text.reset(new (std::nothrow) char[count + 1]);
+    if (text == nullptr)
+        return false;
+    if (!ReadText(file.get(), text.get(), count))
+    {
+        text.reset();
+        return false;
+    }
+    text[count] = '\0';
+    return true;
 }
 
 } // namespace zel

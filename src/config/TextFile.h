@@ -1,28 +1,26 @@
 #pragma once
 
+#include "system/Platform.h"
+
 #include <cstddef>
 #include <cstdio>
-#include <memory>
-#include <optional>
 
-/// Files read as Windows reads text: CR LF is one line end, Ctrl-Z ends the text. Elsewhere no stream does
-/// that, so it is done here, for streams that are open as they are.
+#include <memory>
+
+/// Files read in the text mode of Windows, on every system: CR LF is one line feed, and Ctrl-Z (0x1A) ends
+/// the text.
 namespace zel
 {
 
-using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-
-/// Null where the file cannot be opened; so is a folder and a name of more than 511 characters.
+/// Null if the file cannot be opened, for a directory and for a name of more than 511 characters.
 File OpenTextFile(const char* name);
 
-/// The next character, or EOF. Behind a Ctrl-Z it is EOF for good.
+/// The next character of a text, or EOF at its end; a Ctrl-Z is not passed.
 int ReadTextCharacter(std::FILE* file);
 
-/// The characters from here to the end of the text; nothing where there are more than `limit`.
-std::optional<std::size_t> CountText(std::FILE* file, std::size_t limit);
-
-/// Reads `count` characters from the start of the file on. False where there are fewer, and behind an error
-/// that the stream met in counting them.
-bool ReadText(std::FILE* file, char* text, std::size_t count);
+/// Replaces `text` by the characters of a file and a terminating zero. Returns false, with `text` as it was,
+/// if the file cannot be opened or has more than 4,194,304 characters; returns false, with `text` null, if
+/// memory runs out or reading fails.
+bool ReadTextFile(const char* name, std::unique_ptr<char[]>& text);
 
 } // namespace zel

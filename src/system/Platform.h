@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,6 +15,9 @@ namespace zel
 
 /// \name Files
 /// @{
+
+/// A stream that closes itself.
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 /// Opens a file as std::fopen does, but not for a child process to inherit. `mode` is "rb" or "wb".
 /// Null where the file cannot be opened, and for a directory.
