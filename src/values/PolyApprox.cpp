@@ -8,8 +8,8 @@ namespace
 
 constexpr int kMaxPairs = static_cast<int>(sizeof(ControlPoints::source) / sizeof(REALPOINT));
 
-// Coefficient times term, added up in index order from 0.0 on. Scalars throughout: terms in an array would
-// travel through memory for every point.
+// Coefficient times term, added to 0.0 in index order. The terms are scalars because an array of them would
+// pass through memory for every point.
 
 double Sum1st(const double (&c)[10], double x, double y)
 {

@@ -11,7 +11,7 @@ namespace
 
 constexpr std::uintptr_t kResourceLimit = 65536;
 
-std::string TextBehind(const char* text)
+std::string TextOrResource(const char* text)
 {
     if (text == nullptr)
         return {};
@@ -35,7 +35,7 @@ int Position(std::string::size_type position)
 
 CStdStr<char>::CStdStr(const std::string& text) : std::string(text) {}
 
-CStdStr<char>::CStdStr(const char* text) : std::string(TextBehind(text)) {}
+CStdStr<char>::CStdStr(const char* text) : std::string(TextOrResource(text)) {}
 
 CStdStr<char>& CStdStr<char>::operator=(const char* text)
 {

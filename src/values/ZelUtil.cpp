@@ -9,7 +9,7 @@ namespace
 constexpr const char* kSourceFile = ".\\src\\ZelUtil";
 constexpr int kIdBytes = 16;
 
-// Negative, 0 or positive as the number `a` is below, equal to or above `b`.
+// Negative, 0 or positive if the number `a` is less than, equal to or greater than `b`.
 int Compare(const unsigned char (&a)[kIdBytes], const unsigned char (&b)[kIdBytes])
 {
     for (int i = kIdBytes - 1; i >= 0; --i)
@@ -25,7 +25,7 @@ void WriteDigits(unsigned char byte, char* text)
     text[1] = kDigits[byte & 15];
 }
 
-// -1 for what is no hexadecimal digit.
+// -1 if the character is not a hexadecimal digit.
 int DigitValue(char character)
 {
     if (character >= '0' && character <= '9')
@@ -37,7 +37,7 @@ int DigitValue(char character)
     return -1;
 }
 
-// The value of a pair, -255 to 255; kNoValue where no digit stands in its place.
+// The number that a pair of characters stands for, -15 to 255, or kNoValue if it has none.
 constexpr int kNoValue = 256;
 
 int PairValue(const char* pair)
@@ -53,7 +53,7 @@ int PairValue(const char* pair)
     return pair[0] == '+' || std::isspace(static_cast<unsigned char>(pair[0])) != 0 ? second : kNoValue;
 }
 
-// Whether `text` has `length` pairs that all have a value. Looks at no character behind its end.
+// Whether `text` begins with `length` pairs that all have a value. Reads no further than its end.
 bool HasPairs(const char* text, unsigned short length)
 {
     if (text == nullptr)
