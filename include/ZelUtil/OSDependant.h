@@ -4,27 +4,29 @@
 
 #include <cstdio>
 
-/// Thin services of the operating system, the same on every platform. But for ActivateDebugLog, which belongs
-/// to the log, nothing here throws, keeps state or writes a log: a failure is `false`, null or 0, and then
-/// what was to be filled is as before unless said otherwise. Where memory runs out, the call fails.
+/// Thin services of the operating system, the same on every platform. Apart from ActivateDebugLog, which
+/// belongs to the log, nothing here throws, keeps state or writes to a log. A call that fails, also for lack
+/// of memory, returns `false`, null or 0, and leaves its output arguments as they were unless its comment
+/// says otherwise.
 ///
-/// Handles cross as plain pointers, so that callers need no platform types:
-/// - window: the address of the variable that holds the window's handle: an HWND on Windows; elsewhere an X11
-///   window, whose identifier is the 4 bytes there. Null is no window. X11 windows need a library that was
-///   built with libxcb, and the display that DISPLAY names; without one, none exists.
-/// - library: the handle itself, in the shape of a `char*`
-/// - function: an address that the caller casts to the function's type
+/// Handles are passed as plain pointers, so that callers need no platform types:
+/// - window: the address of the variable that holds the window's handle: an HWND on Windows, the 4-byte
+///   identifier of an X11 window elsewhere. Null means no window. X11 windows require a library that was
+///   built with libxcb and the display that the environment variable DISPLAY names; without them, no window
+///   exists.
+/// - library: the handle itself, cast to `char*`
+/// - function: the function's address, which the caller casts to the function's type
 namespace OSDependant
 {
 
 ZELUTIL_CONST_RESULTS_BEGIN
 
-/// Reads a binary file from start to end, in steps of the caller's.
+/// A sequential reader of a binary file, value by value in either byte order.
 class ZELUTIL_API IFileAccess
 {
 public:
-    /// The order in which 2- and 4-byte values are stored. Values of 1 and 8 bytes and blocks are delivered
-    /// as stored, whatever the order. Any value but 0 is taken for LittleEndian.
+    /// The byte order of the 2- and 4-byte values in the file. Values of 1 and 8 bytes, and blocks, are
+    /// delivered as stored in either mode. Every value other than 0 acts as LittleEndian.
     enum FileInterpretationModes : int
     {
         BigEndian = 0,
@@ -39,18 +41,19 @@ public:
     virtual FileInterpretationModes getInterpretationMode() = 0;
     virtual void setInterpretationMode(FileInterpretationModes mode) = 0;
 
-    /// Moves the position by `offset` bytes, backwards when negative. Behind the end is a position too, one
-    /// before the start is not: false, and nothing moved.
+    /// Moves the position by `offset` bytes, backwards if negative. May move past the end. Returns false and
+    /// stays in place if it would move before the start.
     virtual bool skip(long offset) = 0;
 
-    /// Bytes from the start of the file; 0 when that cannot be told or does not fit the type.
+    /// The position in bytes from the start of the file; 0 if it is unknown or does not fit the type.
     virtual unsigned long getPosition() = 0;
 
-    /// The file's length in bytes, under the same conditions. The position stays.
+    /// The file's length in bytes; 0 in the same cases. Does not move the position.
     virtual unsigned long getLength() = 0;
 
-    /// Each reads one value, or `count` bytes, and moves on behind it. False unless every byte was there:
-    /// those that were stand in the destination in the file's order, and the position is at the end.
+    /// Each call reads one value, or `count` bytes, and moves past it. Returns false unless all of its bytes
+    /// can be read. If the file ends before that, the destination holds the bytes that were left, in the
+    /// file's order, and the position is at the end.
     virtual bool read(double* value) = 0;
     virtual bool read(int* value) = 0;
     virtual bool read(unsigned int* value) = 0;
@@ -62,78 +65,82 @@ public:
     virtual bool read(void* buffer, unsigned long count) = 0;
 };
 
-/// A reader of `fileName`, which the caller deletes; it holds the file open until then. For a file that
-/// cannot be opened, or a folder, there is a reader too: its reads and `skip` fail, its length and position
-/// are 0. Null only when memory runs out.
+/// Creates a reader of `fileName`. The caller deletes it; until then it keeps the file open. A file that
+/// cannot be opened, or a folder, gets a reader too, whose reads and `skip` fail and whose length and
+/// position are 0. Returns null only if memory runs out.
 ZELUTIL_API IFileAccess* openFile(const CStdStr<char>& fileName, IFileAccess::FileInterpretationModes mode);
 
-/// The length in bytes of the file behind an open stream, without what the stream has yet to write; its
-/// position plays no part. False with -1 where there is no ordinary file behind it, where the length does
-/// not fit, and for null.
+/// The length in bytes of the file that a stream is connected to, not counting what the stream has yet to
+/// write. The stream's position does not matter and does not change. Returns false, with a `length` of -1, if
+/// `stream` is null or connected to something other than an ordinary file, or if the length does not fit.
 ZELUTIL_API const bool GetFileLength(std::FILE* stream, long& length);
 
-/// Creates one folder, with the system's default rights. False when it exists or its parent does not.
-/// `extra` is not used.
+/// Creates one folder, with the system's default rights. Returns false if it already exists or its parent
+/// does not. `extra` is ignored.
 ZELUTIL_API const bool CreateDir(const CStdStr<char>& dirName, const void* const extra);
 
-/// Lists the entries of a folder, files and folders alike, "." and ".." left out, whose names match.
+/// Lists the files and folders in a folder, except "." and "..", whose names match a pattern.
 ///
-/// - directory: the folder; empty for the current one. Where it does not end in a backslash, one joins it
-///   to the pattern.
-/// - pattern: a name with the wildcards of Windows: "*" any characters, "?" any one (or none, before a "."
-///   and at the end), "*.*" everything; letter case plays no part. Where it has an extension (from its last
-///   "." on), an entry's own extension has to match that once more, and more strictly: "?" is one character
-///   and "*" one or more. So "*.*" finds no name without a "." and "*.htm" no "a.html".
+/// - directory: the folder; empty for the current one. A backslash is put between it and the pattern unless
+///   it ends in one.
+/// - pattern: a name with the wildcards of Windows: "*" stands for any characters, "?" for any one character
+///   (or none, before a "." and at the end), "*.*" for every name. Letter case does not matter. If the
+///   pattern has an extension (the part from its last "." on), the name's extension must match it too, by
+///   stricter rules: "?" stands for exactly one character and "*" for at least one. So "*.*" does not find
+///   names without a ".", and "*.htm" does not find "a.html".
 ///
-/// Gives the number of names, and in `*list` a new array of them, which the caller releases by delete[].
-/// Their order is the system's; off Windows that is by bytes. With nothing to list: 0, `*list` unchanged.
+/// Returns the number of names, and in `*list` a new array of them, which the caller releases with delete[].
+/// The names are in the system's order, off Windows in the order of their bytes. If nothing matches, returns
+/// 0 and leaves `*list` as it was.
 ///
-/// Off Windows this call, and no other, takes a backslash for a separator of folders as well as "/"; letter
-/// case plays no part for A to Z only.
+/// Off Windows, this call alone accepts a backslash as well as "/" between folders, and the letters A to Z
+/// are the only ones whose case does not matter.
 ZELUTIL_API const unsigned long GetFileListInDirectory(const CStdStr<char>& directory,
                                                        const CStdStr<char>& pattern,
                                                        CStdStr<char>** const list);
 
-/// Whether there is such a window.
+/// Whether the window exists.
 ZELUTIL_API const bool IsWindowExisting(const unsigned char* const window);
 
-/// Width and height in pixels of a window with its frame. False when there is no such window.
+/// Width and height of a window in pixels, frame included. Returns false if the window does not exist.
 ZELUTIL_API const bool GetWindowRect(const unsigned char* const window, unsigned long& width,
                                      unsigned long& height);
 
-/// The same of its inner area.
+/// The same for the area inside the frame.
 ZELUTIL_API const bool GetClientRect(const unsigned char* const window, unsigned long& width,
                                      unsigned long& height);
 
-/// Loads a dynamic library, which the system looks for in its way. Null when it cannot be loaded, or an
-/// object of its own cannot be constructed. Each success counts: the library stays until FreeLib was called
-/// as often.
+/// Loads a dynamic library, found by the system's own search rules. Returns null if it cannot be loaded or
+/// the construction of one of its global objects fails. Loads are counted: the library stays until FreeLib
+/// has been called as often.
 ZELUTIL_API char* const LoadLib(const CStdStr<char>& libraryName);
 
-/// Takes back one LoadLib. False for what is no loaded library.
+/// Undoes one LoadLib. Returns false if `library` is not a loaded library.
 ZELUTIL_API const bool FreeLib(char* const library);
 
-/// The address of a function that the library itself exports, not one of those that it uses. Null when
-/// there is none, and for what is no loaded library. Off Windows the C library's few functions that the
-/// system itself provides, such as `time`, count as the system's.
+/// The address of a function that the library itself exports; functions of other libraries that it uses do
+/// not count. Returns null if there is no such function or `library` is not a loaded library. Off Windows, a
+/// few functions of the C library that the system itself provides, such as `time`, are not found in it.
 ZELUTIL_API void* GetFunctionReference(char* const library, const CStdStr<char>& functionName);
 
-/// Starts a thread that runs `routine(argument)` and ends with its result. Gives the thread's identifier;
-/// 0 when none was started, or for a null routine. The thread is its own: it cannot be waited for, and the
-/// system takes back what it held when it ends. What `argument` points to has to live that long.
+/// Starts a thread that runs `routine(argument)` and exits with its result. Returns the thread's identifier,
+/// or 0 if no thread was started or `routine` is null. The thread is detached: it cannot be waited for, and
+/// the system reclaims its resources when it ends. What `argument` points to must live as long as the thread
+/// uses it.
 ZELUTIL_API unsigned long beginThread(unsigned long (*routine)(void*), void* argument);
 
-/// Suspends the calling thread.
+/// Suspends the calling thread for that long.
 ZELUTIL_API void threadSleep(unsigned long milliseconds);
 
-/// The local time of day: 0 to 59, 0 to 59, 0 to 23. Mind the order.
+/// The local time of day: seconds and minutes from 0 to 59, hours from 0 to 23. Mind the order of the
+/// arguments.
 ZELUTIL_API void getTime(unsigned short* const seconds, unsigned short* const minutes,
                          unsigned short* const hours);
 
-/// The full path of the file that a module of this process was loaded from; loads nothing. A module is a
-/// loaded library, or the program, named by its file name or its full path. What is delivered is cut to
-/// `size` - 1 characters; true when something is left of it, else `path` becomes empty. False with `path`
-/// unchanged when no such module is loaded.
+/// The full path of the file of a module, which is the program or a library that the process has loaded;
+/// loads nothing. `moduleName` is the module's file name or full path. The path is cut to `size` - 1
+/// characters; if none are left, `path` becomes empty and the result is false. If no such module is loaded,
+/// returns false and leaves `path` as it was.
 ZELUTIL_API const bool GetModulePath(const CStdStr<char>& moduleName, CStdStr<char>& path, unsigned int size);
 
 ZELUTIL_CONST_RESULTS_END

@@ -9,11 +9,10 @@
 #include <limits>
 
 using zel::Block;
+using zel::File;
 
 namespace
 {
-
-using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 // Reads exactly `bytes` bytes. Null where the stream has fewer or memory runs out. The block grows with the
 // bytes that were read, so that a file that only claims to be large costs no more memory than it has bytes.

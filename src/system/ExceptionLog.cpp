@@ -11,9 +11,10 @@ namespace
 {
 
 constexpr std::size_t kMessageSize = 1024;
-constexpr std::size_t kTimeStampSize = 80; // five numbers of any size
+constexpr std::size_t kTimeStampSize = 80; // room for five ints of any value and what separates them
 
-// No text needs more characters than a message has. 0xDC is a U, 0xF6 an o with two dots in Windows-1252.
+// The precision keeps each text within the length of a message. In Windows-1252, 0xDC is a U and 0xF6 an o,
+// both with two dots.
 constexpr const char* kFormat = "%.1023s: %.1023s FILE = %.1023s LINE = %d";
 constexpr const char* kMemberFormat = "%.1023s: %.1023s MEMBERLOG F\xDCR %.1023s  FILE = %.1023s LINE = %d";
 constexpr const char* kParameterFormat =
@@ -31,7 +32,8 @@ __attribute__((format(printf, 1, 2))) void WriteDebugLog(const char* format, ...
 
     const std::tm now = zel::LocalTime();
 
-    // The echo is the line end and the message, the entry the time stamp, the message and the line end.
+    // The echo consists of a line end and the message, the entry of the time stamp, the message and a line
+    // end.
     char echo[1 + kMessageSize] = "\n";
     char* const message = echo + 1;
     va_list arguments;
@@ -49,14 +51,14 @@ __attribute__((format(printf, 1, 2))) void WriteDebugLog(const char* format, ...
         std::fputs(kNoLogFile, stderr);
         return;
     }
-    // One write, so that entries of several processes do not mix. Closed before the echo: had the process no
-    // standard error, its descriptor might be the file's.
+    // A single write keeps the entries of several processes apart. The file is closed before the echo: in a
+    // process without standard error it may have that descriptor, and the echo would go into it.
     std::fwrite(entry, 1, static_cast<std::size_t>(length), file);
     std::fclose(file);
     std::fputs(echo, stderr);
 }
 
-// `%d` of a 32-bit unsigned long, on every system.
+// What `%d` prints for an unsigned long of 32 bits, whatever its size here.
 int SignedLine(unsigned long line)
 {
     return static_cast<int>(static_cast<std::uint32_t>(line));

@@ -9,13 +9,13 @@ namespace zel
 namespace
 {
 
-bool SameLetter(char a, char b)
+bool EqualIgnoringCase(char a, char b)
 {
     return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
 }
 
-// Upper case, as Windows compares.
-char Folded(char character)
+// Windows compares names in upper case.
+char ToUpper(char character)
 {
     return character >= 'a' && character <= 'z' ? static_cast<char>(character - 'a' + 'A') : character;
 }
@@ -36,8 +36,9 @@ std::string_view Extension(std::string_view path)
 
 bool MatchesExtension(std::string_view pattern, std::string_view text)
 {
-    // Where the last "*" stands, and how far the text reaches that it has taken. When the rest does not fit,
-    // it takes one character more; an earlier "*" need not be tried again, as any text will do for it.
+    // Backtracking: the last "*" met so far, and the end of the text that it has taken. On a mismatch it
+    // takes one more character. Earlier ones need not: they would only make the last one start later, and all
+    // that it could reach from there it also reaches by taking more itself.
     std::size_t star = pattern.npos, taken = 0;
     std::size_t p = 0, t = 0;
     while (t < text.size())
@@ -47,7 +48,7 @@ bool MatchesExtension(std::string_view pattern, std::string_view text)
             star = p++;
             taken = ++t;
         }
-        else if (p < pattern.size() && (pattern[p] == '?' || SameLetter(pattern[p], text[t])))
+        else if (p < pattern.size() && (pattern[p] == '?' || EqualIgnoringCase(pattern[p], text[t])))
         {
             ++p;
             ++t;
@@ -88,8 +89,8 @@ bool MatchesSearch(std::string_view expression, std::string_view name)
     if (expression.empty())
         return false;
 
-    // From the back: whether the rest of the expression, with and without its element i, describes the rest
-    // of the name from each position on.
+    // Dynamic programming, from the back of the expression: with[j] says whether its elements from i on match
+    // the name from position j on, without[j] the same for the elements from i + 1 on.
     const std::size_t end = name.size();
     std::vector<char> with(end + 1), without(end + 1);
     without[end] = 1;
@@ -116,7 +117,7 @@ bool MatchesSearch(std::string_view expression, std::string_view name)
                 describes = atEnd ? without[j] != 0 : isDot && takesOne;
                 break;
             default:
-                describes = takesOne && Folded(name[j]) == Folded(expression[i]);
+                describes = takesOne && ToUpper(name[j]) == ToUpper(expression[i]);
             }
             with[j] = describes ? 1 : 0;
         }

@@ -3,28 +3,32 @@
 #include <string>
 #include <string_view>
 
-/// Names of files, and the patterns that callers look for them with.
+/// Helpers of this room for names of files and the patterns that callers look for them with. They know text
+/// only, no files, and use nothing of ours.
 namespace zel
 {
 
-/// The extension of a path's last part, from its last "." on; empty where it has none. "\", "/" and the ":"
-/// of a drive end the parts before.
+/// The extension of the last part of a path, from its last "." on; empty if it has none. "\", "/" and the ":"
+/// after a drive letter end the parts before it.
 std::string_view Extension(std::string_view path);
 
-/// Whether `text` is what `pattern` describes: "?" stands for one character, "*" for one or more, any other
-/// for itself in either letter case. Takes steps in proportion to the product of the lengths at most.
+/// Whether `text` matches `pattern`: "?" stands for exactly one character, "*" for one or more, any other
+/// character for itself in either letter case. Takes at most time in proportion to the product of the
+/// lengths.
 bool MatchesExtension(std::string_view pattern, std::string_view text);
 
 /// \name Searches for files
-/// What a pattern means to the search of Windows, for systems that have none. SearchExpression makes of it an
-/// expression for MatchesSearch, in which "*" stands for any characters and, as only Windows has them:
+/// How Windows matches names with a pattern when it searches a folder, for systems that do not. As Windows
+/// does, SearchExpression first turns the pattern into an expression. In it, "*" stands for any characters,
+/// and there are three more wildcards:
 ///
 ///   <   any characters, but not the last "." of the name
-///   >   any one character, or none before a "." and at the end
+///   >   any one character; none before a "." and at the end
 ///   "   a "."; nothing at the end
 ///
-/// Dots and blanks at the end of the pattern do not count, but behind "*." no name has a ".". "*.*" is every
-/// name, and nothing is none. Letters A to Z match in either case.
+/// Dots and blanks at the end of a pattern are dropped, except that a pattern ending in "*." matches only
+/// names without a ".". The pattern "*.*" matches every name, the empty one none. The letters A to Z match in
+/// either case.
 /// @{
 
 std::string SearchExpression(std::string_view pattern);

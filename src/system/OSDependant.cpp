@@ -21,7 +21,7 @@ namespace OSDependant
 namespace
 {
 
-// 0 where the value cannot be told or does not fit.
+// 0 if the position is unknown (negative) or does not fit.
 unsigned long ToUnsignedLong(std::int64_t position)
 {
     const bool fits =
@@ -52,7 +52,7 @@ public:
     bool skip(long offset) override
     {
         constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
-        // A seek that fails may have lost its place on some systems.
+        // Checked beforehand, because on some systems a failed seek loses the position.
         const std::int64_t position = m_file == nullptr ? -1 : zel::Tell(m_file);
         return position >= 0 && offset >= -position && offset <= kMost - position &&
                zel::Seek(m_file, offset, SEEK_CUR);
@@ -98,11 +98,11 @@ private:
         return true;
     }
 
-    std::FILE* m_file; // owned; null where the file could not be opened
+    std::FILE* m_file; // owned; null if the file could not be opened
     FileInterpretationModes m_mode;
 };
 
-// The names that a listing gives.
+// The names that GetFileListInDirectory delivers.
 std::vector<std::string> MatchingNames(const CStdStr<char>& directory, const CStdStr<char>& pattern)
 {
     std::string searchPath = directory.c_str();
@@ -210,7 +210,7 @@ void threadSleep(unsigned long milliseconds)
 void getTime(unsigned short* const seconds, unsigned short* const minutes, unsigned short* const hours)
 {
     const std::tm now = zel::LocalTime();
-    *seconds = static_cast<unsigned short>(std::min(now.tm_sec, 59)); // no leap seconds
+    *seconds = static_cast<unsigned short>(std::min(now.tm_sec, 59)); // a leap second is 60
     *minutes = static_cast<unsigned short>(now.tm_min);
     *hours = static_cast<unsigned short>(now.tm_hour);
 }

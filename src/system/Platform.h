@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-/// What differs between systems, as plain functions over plain types: win32/ and posix/ each define them all.
-/// Except for the allocation failures of the strings and arrays that they give, they throw nothing.
+/// What differs between systems, as plain functions over plain types. win32/ and posix/ each define all of
+/// them. They throw nothing but std::bad_alloc, and that only where they return strings or arrays.
 namespace zel
 {
 
@@ -19,37 +19,37 @@ namespace zel
 /// A stream that closes itself.
 using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
-/// Opens a file as std::fopen does, but not for a child process to inherit. `mode` is "rb" or "wb".
-/// Null where the file cannot be opened, and for a directory.
+/// Opens a file as std::fopen does; child processes do not inherit it. `mode` is "rb" or "wb". Returns null
+/// if the file cannot be opened or is a directory.
 std::FILE* OpenFile(const char* path, const char* mode);
 
-/// Opens the debug log for appending text, or gives null.
+/// Opens the debug log for appending text; null if that fails.
 std::FILE* OpenLogFile();
 
-/// std::fseek and std::ftell with 64 bits; the latter gives -1 on failure.
+/// std::fseek and std::ftell with 64-bit positions; Tell returns -1 on failure.
 bool Seek(std::FILE* file, std::int64_t offset, int origin);
 std::int64_t Tell(std::FILE* file);
 
-/// Bytes of the file behind the stream's descriptor; -1 where that is no ordinary file.
+/// The length in bytes of the file that a stream is connected to; -1 if that is no ordinary file.
 std::int64_t FileLength(std::FILE* file);
 
 bool MakeDirectory(const char* path);
 
-/// The names of a folder's entries, "." and ".." included, that match the last part of `searchPath` by the
-/// rules of Windows. Empty where the search cannot start.
+/// The names of the entries of a folder, "." and ".." included, that match the last part of `searchPath` by
+/// the rules of Windows. Empty if the search cannot start.
 std::vector<std::string> FindFiles(const std::string& searchPath);
 
 /// @}
 /// \name Characters
 /// @{
 
-/// What std::toupper makes of each of the 256 characters, in the locale that is set now; valid until another
-/// is set. Null where the system shows no such table.
+/// What std::toupper makes of each of the 256 characters in the current locale, as a table that is valid
+/// until another locale is set. Null if the system does not show its table.
 const std::int32_t* UpperCaseTable();
 
 /// @}
 /// \name Windows
-/// `window` is the address of the variable that holds the handle.
+/// `window` is the address of the variable that holds the handle, and not null.
 /// @{
 
 struct Extent
@@ -70,10 +70,10 @@ char* OpenLibrary(const char* name);
 bool CloseLibrary(char* library);
 void* FindFunction(char* library, const char* name);
 
-/// The path of a loaded module; nothing where there is no such module.
+/// The full path of a loaded module, which is named by its file name or full path; nothing if there is none.
 std::optional<std::string> ModulePath(const char* name);
 
-/// The text of a string resource of the running program; empty where there is none, and off Windows.
+/// The text of a string resource of the running program; empty if there is none, and off Windows.
 std::string StringResource(unsigned identifier);
 
 /// @}
@@ -82,7 +82,7 @@ std::string StringResource(unsigned identifier);
 
 using ThreadRoutine = unsigned long (*)(void* argument);
 
-/// Gives the thread's identifier, or 0.
+/// Returns the thread's identifier, or 0 if none was started.
 unsigned long StartThread(ThreadRoutine routine, void* argument);
 
 void SleepFor(unsigned long milliseconds);

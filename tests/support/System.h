@@ -1,105 +1,33 @@
 #pragma once
 
-#include <string>
-
-/// What the tests ask of the system, written once per system like the library's own platform code.
+/// What the tests need from the system, implemented once per system.
 namespace test
 {
 
-/// Open descriptors of this process.
-int OpenDescriptors();
-
-/// What threads leave behind when they are not released: 4 MB of mapped pages count as one, on Windows 16
-/// handles.
+/// Grows by 1 or more with every thread that is never released: the handles of the process on Windows,
+/// elsewhere its mapped memory in units of 2 MB.
 long ThreadRemains();
 
-/// Makes a named pipe in the file system; false where there are none.
+/// Waits until no other process of the machine that has called this still runs.
+void LockMachine();
+
+/// Makes a named pipe; false on systems that have none.
 bool MakeFifo(const char* path);
 
-/// Whether a listing comes in the order of the names' bytes.
-extern const bool kListsInByteOrder;
+extern const char* const kLogFile;   ///< the debug log
+extern const bool kListsInByteOrder; ///< whether listings of folders come sorted
 
-/// The debug log's path.
-extern const char* const kLogFile;
-
-/// A device that swallows what is written: a stream's target that is no ordinary file.
-extern const char* const kNullDevice;
-
-/// While one lives, no file grows beyond its size: what is written there fails as on a full disk.
-class FullDisk
+/// A window of 320 x 200 pixels inside its frame, if it has one. With the frame it has `outerWidth` x
+/// `outerHeight` pixels; both are 0 where no window can be made.
+struct Window
 {
-public:
-    explicit FullDisk(long bytes);
-    ~FullDisk();
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
+    explicit Window(bool hasFrame);
+    void Close(); ///< the handle stays as that of a window that no longer exists
 
-    static bool IsPossible();
-};
-
-/// While one lives, this process has no rights but those that everybody has.
-class NoRights
-{
-public:
-    NoRights();
-    ~NoRights();
-    NoRights(const NoRights&) = delete;
-    NoRights& operator=(const NoRights&) = delete;
-
-    /// False where rights cannot be dropped, or keep nobody from reading.
-    static bool ArePossible();
-};
-
-/// A named pipe that gives a text, then another one again and again until its reader has enough.
-class EndlessPipe
-{
-public:
-    EndlessPipe(const std::string& path, const std::string& first, const std::string& again);
-    ~EndlessPipe();
-    EndlessPipe(const EndlessPipe&) = delete;
-    EndlessPipe& operator=(const EndlessPipe&) = delete;
-
-private:
-    std::string m_path;
-    int m_writer = 0; // its process
-};
-
-/// Held by one process of the machine at a time; waits for it.
-class ProcessLock
-{
-public:
-    ProcessLock();
-    ~ProcessLock();
-    ProcessLock(const ProcessLock&) = delete;
-    ProcessLock& operator=(const ProcessLock&) = delete;
-
-private:
-    void* m_handle;
-};
-
-/// A real window as large as asked on its inside, with or without a frame.
-class Window
-{
-public:
-    Window(unsigned width, unsigned height, bool hasFrame);
-    ~Window();
-    Window(const Window&) = delete;
-    Window& operator=(const Window&) = delete;
-
-    /// False where the system has no place for windows, or the library is built without them.
-    static bool ArePossible();
-
-    const unsigned char* Handle() const { return m_handle; }
-    unsigned FrameWidth() const { return m_frameWidth; }
-    unsigned FrameHeight() const { return m_frameHeight; }
-
-    /// The handle stays, as that of a window that is no more.
-    void Close();
-
-private:
-    unsigned char m_handle[sizeof(void*)] = {};
-    void* m_connection = nullptr;
-    unsigned m_frameWidth = 0, m_frameHeight = 0;
+    unsigned char handle[sizeof(void*)] = {};
+    unsigned char noWindow[sizeof(void*)] = {}; ///< the handle of something else, or zero
+    unsigned long outerWidth = 0, outerHeight = 0;
+    void* owner = nullptr; ///< what Close needs
 };
 
 } // namespace test

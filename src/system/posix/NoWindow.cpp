@@ -1,6 +1,6 @@
 #include "system/Platform.h"
 
-// For a system without libxcb: no window can be asked for, so none exists.
+// The window functions for a build without libxcb: nothing can be asked about windows, so none exists.
 namespace zel
 {
 

@@ -33,7 +33,8 @@ bool IsOfType(int descriptor, mode_t type)
     return fstat(descriptor, &status) == 0 && (status.st_mode & S_IFMT) == type;
 }
 
-// The program's own path; empty where the system does not tell.
+// The program's own path; empty if the system does not tell it. After the path of a file that was deleted
+// meanwhile, the system puts a remark, which is no part of it.
 std::string ProgramPath()
 {
     constexpr std::string_view kDeleted = " (deleted)";
@@ -51,9 +52,9 @@ const char* FileName(const char* path)
     return separator == nullptr ? path : separator + 1;
 }
 
-// Copies the name of the loaded library number `index`, counted among those with this file name, as it was
-// loaded. False where there are not so many. The program comes without a name, and what the system itself
-// puts into a process without a folder.
+// Finds loaded library number `index`, counting only those with this file name, and copies the name by which
+// it was loaded. False if there are fewer. Names without a folder are skipped: they belong to the program,
+// whose name is empty, and to what the system itself puts into every process.
 bool LoadedName(const char* fileName, int index, char (&name)[PATH_MAX])
 {
     struct Search
@@ -77,8 +78,8 @@ bool LoadedName(const char* fileName, int index, char (&name)[PATH_MAX])
                &search) != 0;
 }
 
-// The path of a library from the name that it was loaded by. A relative one was so to the folder of that
-// moment.
+// The full path of a library, from the name by which it was loaded. A relative name does not do, since the
+// current folder may have changed after that; the loader knows the library's folder.
 std::string LibraryPath(const char* name)
 {
     if (*name == '/')
@@ -93,8 +94,8 @@ std::string LibraryPath(const char* name)
     return (std::filesystem::path(origin) / FileName(name)).lexically_normal().string();
 }
 
-// Whether a handle is that of a loaded object. The loader holds its lock while it calls back, so that the
-// list of objects stays as it is meanwhile.
+// Whether `module` is the handle of a loaded object. The loader's list of objects cannot change meanwhile,
+// because the loader holds its lock during the callback.
 bool IsLoaded(const void* module)
 {
     struct Search
@@ -139,8 +140,8 @@ std::FILE* OpenFile(const char* path, const char* mode)
 
 std::FILE* OpenLogFile()
 {
-    // Everybody may write to the folder: nothing that stands there under the log's name leads elsewhere, or
-    // makes the process wait.
+    // Everybody may write to this folder. Whatever somebody has put there under the log's name must neither
+    // lead elsewhere, as a link does, nor make the process wait, as a pipe does.
     const int descriptor =
         open(kLogFile, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY, 0666);
     if (descriptor < 0)
@@ -205,7 +206,7 @@ const std::int32_t* UpperCaseTable()
 char* OpenLibrary(const char* name)
 try
 {
-    // The empty name would be the program itself.
+    // The empty name would mean the program itself.
     return *name == '\0' ? nullptr : static_cast<char*>(dlopen(name, RTLD_NOW | RTLD_LOCAL));
 }
 catch (...) // from a constructor in the library
@@ -223,7 +224,7 @@ void* FindFunction(char* module, const char* name)
     if (!IsLoaded(module))
         return nullptr;
 
-    // The search goes on in the libraries that this one uses.
+    // dlsym goes on to search the libraries that this one uses, so the owner of what it finds is compared.
     void* const function = dlsym(module, name);
     Dl_info info;
     link_map* owner = nullptr;
@@ -265,7 +266,7 @@ unsigned long StartThread(ThreadRoutine routine, void* argument)
     const bool started =
         start != nullptr && pthread_create(&thread, &attributes, RunThread, start.get()) == 0;
     if (started)
-        static_cast<void>(start.release()); // the thread has it
+        static_cast<void>(start.release()); // the thread deletes it
     pthread_attr_destroy(&attributes);
     return started ? thread : 0;
 }
@@ -280,7 +281,7 @@ void SleepFor(unsigned long milliseconds)
 
 std::tm LocalTime()
 {
-    tzset(); // the zone may have changed
+    tzset(); // the time zone may have changed
     const std::time_t now = std::time(nullptr);
     std::tm local = {};
     localtime_r(&now, &local);

@@ -11,8 +11,8 @@ namespace zel
 namespace
 {
 
-constexpr const char* kFrameExtents =
-    "_NET_FRAME_EXTENTS"; // left, right, top, bottom, set by window managers
+// The property in which window managers tell the widths of a window's frame: left, right, top, bottom.
+constexpr const char* kFrameExtents = "_NET_FRAME_EXTENTS";
 constexpr std::uint32_t kLargestExtent = 32767;
 
 struct Free
@@ -29,7 +29,7 @@ Owned<Reply> Own(Reply* reply)
     return Owned<Reply>(reply);
 }
 
-// A connection to the display for one question; it may have failed.
+// A connection to the display that lasts for one question. It may have failed.
 class Display
 {
 public:
@@ -52,7 +52,8 @@ xcb_window_t Handle(const unsigned char* window)
     return handle;
 }
 
-// Adds what a window manager says that it has put around the window.
+// Adds the frame that the window manager says it has put around the window. What is no plausible answer is
+// ignored.
 void AddFrame(xcb_connection_t* connection, xcb_window_t window, Extent& extent)
 {
     const auto name = xcb_intern_atom(connection, true,
@@ -76,7 +77,7 @@ void AddFrame(xcb_connection_t* connection, xcb_window_t window, Extent& extent)
     extent.height += sides[2] + sides[3];
 }
 
-// Pixmaps have a geometry too, so that alone does not make a window.
+// Only windows have attributes. A geometry would not be proof, since pixmaps have one too.
 bool Exists(xcb_connection_t* connection, xcb_window_t window)
 {
     const auto request = xcb_get_window_attributes(connection, window);

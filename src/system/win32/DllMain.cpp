@@ -1,6 +1,6 @@
-#include "ZelUtil/WinTypes.h"
+#include <windows.h>
 
-/// The DLL's first call: it has no use for being told of every thread that starts or ends.
+// Called when the DLL is loaded. It does not need to be told of every thread that starts or ends.
 extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void*)
 {
     if (reason == DLL_PROCESS_ATTACH)

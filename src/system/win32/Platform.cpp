@@ -1,11 +1,10 @@
 #include "system/Platform.h"
 
-#include "ZelUtil/WinTypes.h"
-
 #include <cstring>
 #include <io.h>
 #include <memory>
 #include <new>
+#include <windows.h>
 
 namespace zel
 {
@@ -44,14 +43,15 @@ struct Start
     void* argument;
 };
 
-// The system calls threads in a convention of its own on 32 bits.
+// In the calling convention that the system expects, which on 32 bits is not that of `routine`.
 DWORD WINAPI RunThread(void* data)
 {
     const Start start = *std::unique_ptr<Start>(static_cast<Start*>(data));
     return start.routine(start.argument);
 }
 
-// Calls `fill` with ever larger buffers until what it gives, a length, says that the text is whole.
+// Fetches a text by `fill`, which cuts it to the buffer's size and returns its length. Repeats that with
+// larger buffers until the length shows that nothing was cut.
 template <typename Fill>
 std::string TextOf(const Fill& fill)
 {
@@ -166,7 +166,6 @@ std::optional<std::string> ModulePath(const char* name)
 
 std::string StringResource(unsigned identifier)
 {
-    // The call cuts what does not fit and does not say so.
     return TextOf([identifier](char* text, int size)
                   { return LoadStringA(GetModuleHandleA(nullptr), identifier, text, size); });
 }

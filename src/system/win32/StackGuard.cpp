@@ -2,8 +2,9 @@
 
 #include <cstdint>
 
-// What the compiler's guards of return addresses call and compare. The toolchain's library for it would have
-// the system's cryptography loaded from within the loading of this library.
+// What code compiled with -fstack-protector needs: the value that it puts before return addresses and
+// compares later, and what it calls when they differ. The toolchain's own version would load the system's
+// cryptography library while this library is being loaded itself.
 
 extern "C"
 {
@@ -20,7 +21,8 @@ extern "C"
 namespace
 {
 
-// Before all constructors, and compiled without guards: it changes what they compare.
+// Runs before all other constructors. This file is compiled without guards, because a guarded function must
+// not see the value change while it runs.
 [[gnu::constructor(101)]] void ChooseGuard()
 {
     LARGE_INTEGER counter;
@@ -32,7 +34,8 @@ namespace
         std::uint64_t{GetCurrentProcessId()} << 40 ^ reinterpret_cast<std::uintptr_t>(&counter);
     bits *= 0x9E3779B97F4A7C15U;
     bits ^= bits >> 32;
-    __stack_chk_guard = static_cast<std::uintptr_t>(bits) & ~std::uintptr_t{255}; // no text runs over a zero
+    // The lowest byte is zero, so that an overrun by a text function cannot restore the value.
+    __stack_chk_guard = static_cast<std::uintptr_t>(bits) & ~std::uintptr_t{255};
 }
 
 } // namespace
