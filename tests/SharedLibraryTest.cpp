@@ -15,6 +15,7 @@ TEST(SharedLibrary, StartsAfreshWithEveryLoad)
     const std::string name = file.filename().string();
     const test::TemporaryFolder folder;
     const unsigned own = CVar_GetNb();
+    std::string foreign(4096, '\1');
     CStdStr<char> path = "as it was";
     for (const char* const wrong : {SHARED_LIBRARY ".no", SAMPLE_DATA, SAMPLE_DATA "/sheet.ini", ""})
         EXPECT_EQ(LoadLib(wrong), nullptr) << wrong;
@@ -51,8 +52,9 @@ TEST(SharedLibrary, StartsAfreshWithEveryLoad)
         std::filesystem::current_path(home);
 
         EXPECT_TRUE(FreeLib(library) && count() == 1); // one load is left
-        EXPECT_TRUE(FreeLib(library) && !FreeLib(library) && !FreeLib(nullptr));
-        EXPECT_EQ(GetFunctionReference(library, "_Z10CVar_GetNbv"), nullptr);
+        EXPECT_TRUE(FreeLib(library) && !FreeLib(library) && !FreeLib(nullptr) && !FreeLib(foreign.data()));
+        for (char* const wrong : {library, foreign.data(), static_cast<char*>(nullptr)})
+            EXPECT_EQ(GetFunctionReference(wrong, "_Z10CVar_GetNbv"), nullptr);
     }
     const std::filesystem::path program = testing::internal::GetArgvs()[0];
     EXPECT_TRUE(GetModulePath(program.filename().string(), path, 1000));

@@ -1,208 +1,105 @@
 #include "ZelUtil/ZelId.h"
 
-#include <algorithm>
+#include "Pictures.h"
+
+#include <array>
+#include <bit>
+#include <compare>
 #include <cstdio>
-#include <cstring>
+
 #include <gtest/gtest.h>
-#include <memory>
-#include <random>
-#include <string>
-#include <type_traits>
-#include <vector>
 
 static_assert(sizeof(ZelId) == 16 && std::is_trivially_copyable_v<ZelId> &&
               !std::is_default_constructible_v<ZelId>);
 
-namespace
-{
+using Number = std::array<std::uint64_t, 2>; // an identifier as it is in memory: the lower half first
+using BytesOfId = const unsigned char (&)[16];
+constexpr std::uint64_t kMax = UINT64_MAX;
 
-struct Id
+static ZelId Restored(const Number& number)
 {
-    unsigned char bytes[16] = {};
-};
-
-// Bytes as a hexadecimal number, highest digit first, as the text forms have it.
-Id FromNumber(const std::string& digits)
-{
-    Id id;
-    EXPECT_TRUE(RStringToBin((std::string(32 - digits.size(), '0') + digits).c_str(), id.bytes, 16));
-    return id;
+    return ZelId(reinterpret_cast<BytesOfId>(number));
 }
 
-std::string Number(const ZelId& id)
+TEST(ZelId, CountsOnFromWhatIsRestored)
 {
-    unsigned char bytes[16];
-    char text[33];
-    id.get(bytes);
-    RBinToString(bytes, 16, text);
-    const std::string digits = text;
-    return digits.substr(std::min(digits.find_first_not_of('0'), digits.size() - 1));
-}
-
-// The counter is one for the process, so each test brings it where it starts.
-void StartFromZero()
-{
-    EXPECT_THROW(ZelId(FromNumber(std::string(32, 'f')).bytes), EOutOfBounds);
-}
-
-} // namespace
-
-TEST(ZelId, CountsUpWithCarries)
-{
-    StartFromZero();
-    for (const char* const number : {"0", "1", "2"})
-        EXPECT_EQ(Number(ZelId::create()), number);
-    const char* const steps[][2] = {{"fe", "ff"},
-                                    {"ff", "100"},
-                                    {"ffff", "10000"},
-                                    {"ffffffffffffffff", "10000000000000000"},
-                                    {"fffffffffffffffffffffffffffffffd", "fffffffffffffffffffffffffffffffe"}};
+    const auto fresh = [] { return std::bit_cast<Number>(ZelId::create()); };
+    EXPECT_THROW(Restored({kMax, kMax}), EOutOfBounds); // which resets the counter
+    EXPECT_EQ(fresh(), Number());
+    const Number steps[][2] = {{{0, 0}, {1, 0}},       {{2, 0}, {3, 0}},
+                               {{0xFE, 0}, {0xFF, 0}}, {{0x100, 0}, {0x101, 0}},
+                               {{7, 0}, {0x102, 0}},   {{0xFFFF, 0}, {0x10000, 0}},
+                               {{kMax, 0}, {0, 1}},    {{kMax - 2, kMax}, {kMax - 1, kMax}}};
     for (const auto& [given, next] : steps)
     {
-        EXPECT_EQ(Number(ZelId(FromNumber(given).bytes)), given);
-        EXPECT_EQ(Number(ZelId::create()), next);
+        EXPECT_EQ(std::bit_cast<Number>(Restored(given)), given);
+        EXPECT_EQ(fresh(), next);
     }
-}
-
-TEST(ZelId, BroughtBackOnesAreNotHandedOutAgain)
-{
-    StartFromZero();
-    const ZelId high(FromNumber("1234").bytes);
-    const ZelId low(FromNumber("7").bytes); // below the counter, which stays
-    EXPECT_EQ(Number(ZelId::create()), "1235");
-    const ZelId equal(FromNumber("1236").bytes); // the counter itself
-    EXPECT_EQ(Number(ZelId::create()), "1237");
-    EXPECT_FALSE(low == FromNumber("ffff").bytes || high < low || equal < high); // comparisons do not count
-    EXPECT_EQ(Number(ZelId::create()), "1238");
-}
-
-TEST(ZelId, ExhaustionWrapsAndThrows)
-{
-    StartFromZero();
-    const ZelId last(FromNumber("fffffffffffffffffffffffffffffffe").bytes);
-    for (int round = 0; round < 2; ++round)
+    try
     {
-        try
-        {
-            if (round == 0)
-                ZelId::create();
-            else
-                ZelId(FromNumber(std::string(32, 'f')).bytes);
-            ADD_FAILURE();
-        }
-        catch (const EOutOfBounds& error)
-        {
-            EXPECT_EQ(error.getMethode(), "ZelId::incrementInternalCounter");
-            EXPECT_EQ(error.getMsg(), "Maximum index for graphic IDs reached");
-            EXPECT_EQ(error.getFile(), ".\\src\\ZelUtil");
-            EXPECT_GT(error.getLine(), 0UL);
-        }
-        EXPECT_EQ(Number(ZelId::create()), "0");
+        ZelId::create();
+        ADD_FAILURE();
     }
+    catch (const EOutOfBounds& error)
+    {
+        EXPECT_EQ(error.getMethode() + error.getFile(), "ZelId::incrementInternalCounter.\\src\\ZelUtil");
+        EXPECT_EQ(error.getMsg(), "Maximum index for graphic IDs reached");
+    }
+    EXPECT_EQ(fresh(), Number());
 }
 
-TEST(ZelId, ComparesFromTheHighestByteDown)
+TEST(ZelId, ComparesNumbers)
 {
-    std::mt19937 random(3);
-    for (int round = 0; round < 2000; ++round)
-    {
-        Id a, b;
-        for (int i = 0; i < 16; ++i)
-            a.bytes[i] = b.bytes[i] = static_cast<unsigned char>(random());
-        if (round % 4 != 0)
-            b.bytes[random() % 16] = static_cast<unsigned char>(random());
-        if (round % 4 == 2)
-            b.bytes[15] = static_cast<unsigned char>(b.bytes[15] ^ 0x80);
-        const ZelId first(a.bytes), second(b.bytes);
-        const int order = std::lexicographical_compare(std::rbegin(a.bytes), std::rend(a.bytes),
-                                                       std::rbegin(b.bytes), std::rend(b.bytes))
-                              ? -1
-                          : std::equal(a.bytes, a.bytes + 16, b.bytes) ? 0
-                                                                       : 1;
-        EXPECT_EQ(first == second, order == 0);
-        EXPECT_EQ(first != second, order != 0);
-        EXPECT_EQ(first < second, order < 0);
-        EXPECT_EQ(first <= second, order <= 0);
-        EXPECT_EQ(first > second, order > 0);
-        EXPECT_EQ(first >= second, order >= 0);
-        EXPECT_EQ(first == b.bytes, order == 0);
-        EXPECT_EQ(first != b.bytes, order != 0);
-        EXPECT_EQ(first < b.bytes, order < 0);
-        EXPECT_EQ(first <= b.bytes, order <= 0);
-        EXPECT_EQ(first > b.bytes, order > 0);
-        EXPECT_EQ(first >= b.bytes, order >= 0);
-    }
+    const Number ascending[] = {{0, 0}, {1, 0}, {0x80, 0}, {0x100, 0}, {kMax, 0}, {0, 1}, {1, 1}, {0, kMax / 2 + 1}, {5, kMax}};
+    for (const Number& number : ascending)
+        for (const Number& another : ascending)
+        {
+            const ZelId id = Restored(number);
+            const auto order = &number <=> &another;
+            const auto agrees = [&](const auto& other)
+            {
+                return (id == other) == (order == 0) && (id != other) == (order != 0) &&
+                       (id < other) == (order < 0) && (id <= other) == (order <= 0) &&
+                       (id > other) == (order > 0) && (id >= other) == (order >= 0);
+            };
+            unsigned char bytes[16];
+            Restored(another).get(bytes);
+            EXPECT_TRUE(agrees(bytes) && agrees(Restored(another)));
+        }
 }
 
 TEST(HexText, BothOrdersThereAndBack)
 {
-    const unsigned char bytes[] = {0x01, 0xAB};
-    char text[6] = "?????";
-    BinToString(bytes, 2, text);
-    EXPECT_STREQ(text, "01ab");
-    RBinToString(bytes, 2, text);
-    EXPECT_STREQ(text, "ab01");
-    for (const auto convert : {BinToString, RBinToString})
+    std::string text(5, '?');
+    BinToString("\x01\xAB", 2, text.data());
+    EXPECT_EQ(text, std::string("01ab\0", 5));
+    RBinToString("\x01\xAB", 2, text.data());
+    EXPECT_EQ(text, std::string("ab01\0", 5));
+    for (const unsigned short length : {0, 1, 65535})
     {
-        text[0] = '?';
-        convert(bytes, 0, text);
-        EXPECT_EQ(std::string(text, 2), std::string("\0b", 2));
-    }
-
-    std::mt19937 random(4);
-    for (const int length : {1, 2, 16, 255, 65535})
-    {
-        std::vector<unsigned char> from(static_cast<std::size_t>(length)), to(from.size()),
-            reversed(from.size());
-        std::generate(from.begin(), from.end(), [&] { return static_cast<unsigned char>(random()); });
-        const std::unique_ptr<char[]> exact(new char[2 * from.size() + 1]); // no byte to spare
-        BinToString(from.data(), static_cast<unsigned short>(length), exact.get());
-        EXPECT_EQ(std::strlen(exact.get()), 2 * from.size());
-        EXPECT_TRUE(StringToBin(exact.get(), to.data(), static_cast<unsigned short>(length)));
-        EXPECT_TRUE(RStringToBin(exact.get(), reversed.data(), static_cast<unsigned short>(length)));
-        EXPECT_EQ(to, from);
-        std::reverse(reversed.begin(), reversed.end());
-        EXPECT_EQ(reversed, from);
-        RBinToString(from.data(), static_cast<unsigned short>(length), exact.get());
-        EXPECT_TRUE(RStringToBin(exact.get(), to.data(), static_cast<unsigned short>(length)));
-        EXPECT_EQ(to, from);
+        const test::Bytes from = test::RandomBytes(length);
+        test::Bytes to(length), reversed(length);
+        const std::unique_ptr<char[]> exact(new char[2U * length + 1]);
+        BinToString(from.data(), length, exact.get());
+        EXPECT_TRUE(StringToBin(exact.get(), to.data(), length) && to == from);
+        RBinToString(from.data(), length, exact.get());
+        EXPECT_TRUE(RStringToBin(exact.get(), to.data(), length) && to == from);
     }
 }
 
-TEST(HexText, EveryPairReadsAsANumberOfItsOwn)
+TEST(HexText, EveryPairReadsAsANumber)
 {
-    for (int first = 1; first < 256; ++first)
-        for (int second = 1; second < 256; ++second)
-        {
-            const char pair[] = {static_cast<char>(first), static_cast<char>(second), '\0'};
-            unsigned value = 0;
-            const bool prefix = first == '0' && (second == 'x' || second == 'X'); // no number's prefix here
-            const bool isNumber = prefix || std::sscanf(pair, "%x", &value) == 1;
-            unsigned char bytes[2] = {0x5A, 0x5A};
-            EXPECT_EQ(StringToBin(pair, bytes, 1), isNumber) << first << ", " << second;
-            EXPECT_EQ(bytes[0], isNumber ? static_cast<unsigned char>(value) : 0x5A)
-                << first << ", " << second;
-            EXPECT_EQ(bytes[1], 0x5A);
-        }
-}
-
-TEST(HexText, ShortAndWrongTextsWriteNothing)
-{
-    const struct
+    for (int i = 0; i < 65536; ++i)
     {
-        const char* text;
-        unsigned short length;
-        bool result;
-    } cases[] = {{"0A0b", 2, true},  {"0A0b!", 2, true},  {"0A0", 2, false},   {"", 1, false},
-                 {"", 0, true},      {nullptr, 0, true},  {nullptr, 1, false}, {"00zz", 2, false},
-                 {"zz00", 2, false}, {"00", 65535, false}};
-    for (const auto& c : cases)
-        for (const auto convert : {StringToBin, RStringToBin})
-        {
-            unsigned char bytes[3] = {9, 9, 9};
-            EXPECT_EQ(convert(c.text, bytes, c.length), c.result) << (c.text == nullptr ? "null" : c.text);
-            const bool written = c.result && c.length > 0;
-            EXPECT_EQ(bytes[0] + bytes[1], written ? 21 : 18);
-            EXPECT_EQ(bytes[2], 9);
-        }
+        const char text[] = {static_cast<char>(i >> 8), static_cast<char>(i), '5', 'a', '\0'};
+        const std::string pair(text, 2);
+        unsigned value = 0;
+        const bool isNumber =
+            pair == "0x" || pair == "0X" || (pair[1] != '\0' && std::sscanf(pair.c_str(), "%x", &value) == 1);
+        const std::array<int, 3> expected = isNumber ? std::array{int(static_cast<unsigned char>(value)), 0x5A, 9} : std::array{9,9,9};
+        unsigned char bytes[] = {9, 9, 9}, reversed[] = {9, 9, 9};
+        ASSERT_TRUE(StringToBin(text, bytes, 2) == isNumber && RStringToBin(text, reversed, 2) == isNumber) << i;
+        ASSERT_TRUE(bytes[0] == expected[0] && bytes[1] == expected[1] && bytes[2] == 9) << i;
+        ASSERT_TRUE(reversed[0] == expected[1] && reversed[1] == expected[0] && reversed[2] == 9) << i;
+    }
 }

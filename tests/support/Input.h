@@ -67,6 +67,7 @@ inline std::string Scratch(const Bytes& bytes)
 {
     static const TemporaryFolder folder;
     const std::string path = folder / "input";
+    std::filesystem::remove(path); // emptying a file instead would make some file systems write to the disk
     WriteFile(path, bytes);
     return path;
 }
