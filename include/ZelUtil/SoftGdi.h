@@ -6,31 +6,33 @@
 #if defined(ZELUTIL_SOFT_GDI)
 
 /// \file
-/// Off Windows: the graphics calls behind CWinDib, and those that a caller needs to prepare and to look at
-/// what they draw, over memory. They have the names, arguments, results and pixels of the system's calls on a
-/// Windows machine whose display has 32 bits, and shows nothing: contexts and bitmaps in memory are whole,
-/// what is drawn on the screen is lost.
+/// Off Windows: in-memory versions of the graphics calls that CWinDib uses, and of those needed to set up a
+/// context and to read its pixels. Names, arguments, results and pixels are those of a Windows machine with a
+/// display of 32 bits. There is no display: what is drawn on the screen is discarded.
 ///
-/// - Handles: a null, stale or foreign one makes the call fail as on Windows. Nearly 65,000 can live at a
-///   time; nothing is released but by the calls for it.
-/// - Bitmaps: those of 1 bit and of the screen's depth can be selected and drawn on; CreateBitmap makes those
-///   of 1, 8, 16, 24 and 32 bits, whose pixels GetDIBits reads.
-/// - Drawing: source pixels become those of the target: as they are at 32 bits, the fourth byte too (0 from
-///   fewer bits); white where they are white, else black, at 1 bit; the nearest of the screen's colours at 8
-///   bits. SetPixel and CreateDIBitmap choose the nearer of black and white. Only SRCCOPY and DIB_RGB_COLORS
-///   are known, and HALFTONE, by which Windows interpolates, draws as COLORONCOLOR does.
-/// - Threads: they may call at the same time, as long as no two use one context.
+/// - Handles: a call with a null, stale or foreign handle fails as on Windows. Nearly 65,000 objects can
+///   exist at the same time, and each lives until the caller deletes or releases it.
+/// - Bitmaps: those of 1 bit and of the screen's depth can be selected and drawn on. CreateBitmap makes
+///   bitmaps of 1, 8, 16, 24 and 32 bits, and GetDIBits reads them all.
+/// - Drawing: pixels are converted to the target's depth. At 32 bits they are stored as they are, with their
+///   fourth byte, which is 0 if the source has fewer bits. At 1 bit only white becomes white, and at 8 bits
+///   the nearest of the screen's colours is stored. SetPixel and CreateDIBitmap convert to 1 bit by
+///   brightness. Only SRCCOPY and DIB_RGB_COLORS are supported. HALFTONE, for which Windows interpolates,
+///   draws like COLORONCOLOR.
+/// - Threads: they may call at the same time, provided that no two use the same context.
 ///
-/// The stock bitmap is that of a fresh memory context, and what an empty size gives: 1 x 1 at 1 bit.
+/// The stock bitmap has 1 x 1 pixels of 1 bit. It is selected in every new memory context, and is what the
+/// creating calls return for an empty size.
 
-/// What the screen is from now on: `bitCount` is 32, or 8 for a palette device with the `count` colours, up
-/// to 256, of `palette`. At first 1024 x 768 at 32 bits. False, with nothing changed, for anything else.
-/// Contexts and bitmaps stay as they are; a bitmap of another depth than the screen's can only be read.
+/// Changes the screen. `bitCount` is 32, or 8 for a palette device with the `count` colours (1 to 256) of
+/// `palette`. Before the first call the screen has 1024 x 768 pixels of 32 bits. Returns false, with nothing
+/// changed, for any other arguments and when memory runs out. Existing contexts and bitmaps keep their
+/// contents, but a bitmap that does not have the screen's depth can no longer be selected.
 ZELUTIL_API bool SetSoftScreen(int width, int height, int bitCount, const PALETTEENTRY* palette,
                                unsigned count);
 
 /// \name Contexts
-/// A window is null, the screen.
+/// The only window is null, which stands for the screen.
 /// @{
 ZELUTIL_API HDC GetDC(HWND window);
 ZELUTIL_API int ReleaseDC(HWND window, HDC dc);
@@ -48,7 +50,7 @@ ZELUTIL_API HBITMAP CreateCompatibleBitmap(HDC dc, int width, int height);
 ZELUTIL_API HBITMAP CreateDIBitmap(HDC dc, const BITMAPINFOHEADER* header, DWORD flags, const void* bits,
                                    const BITMAPINFO* info, UINT usage);
 ZELUTIL_API HPALETTE CreatePalette(const LOGPALETTE* palette); ///< version 0x300, 1 to 1024 entries
-ZELUTIL_API HGDIOBJ GetStockObject(int index);                 ///< DEFAULT_PALETTE, or null
+ZELUTIL_API HGDIOBJ GetStockObject(int index);                 ///< null unless `index` is DEFAULT_PALETTE
 ZELUTIL_API HGDIOBJ SelectObject(HDC dc, HGDIOBJ object);
 ZELUTIL_API BOOL DeleteObject(HGDIOBJ object);
 ZELUTIL_API int GetObjectA(HGDIOBJ object, int size, void* record);

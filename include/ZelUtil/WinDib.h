@@ -5,12 +5,12 @@
 #include "ZelUtil/WinTypes.h"
 
 /// \name Wrappers of handles
-/// With the names and the manner of the class library that Windows programs know, and no more than is needed
-/// to hand such objects to CWinDib. One that holds a handle owns it, and deletes it with itself; none can be
-/// copied. Attach and the Create functions are for objects that hold none.
+/// They follow the class library that Windows programs know, but offer only what is needed to hand such
+/// objects to CWinDib. A wrapper owns the handle that it holds and deletes it in its destructor; it cannot be
+/// copied. Attach and the Create functions may only be called while it holds none.
 /// @{
 
-/// A rectangle: corners that are stored as they are given.
+/// A rectangle whose corners are stored as they are given.
 class CRect : public tagRECT
 {
 public:
@@ -18,7 +18,7 @@ public:
     CRect(int l, int t, int r, int b) : tagRECT{l, t, r, b} {}
     CRect(const RECT& rect) : tagRECT(rect) {}
 
-    /// Modulo 2^32: negative when the corners are the other way round.
+    /// Computed modulo 2^32; negative if right < left, or bottom < top.
     int Width() const { return Extent(left, right); }
     int Height() const { return Extent(top, bottom); }
 
@@ -38,7 +38,8 @@ public:
     CDC& operator=(const CDC&) = delete;
     virtual ~CDC() { DeleteDC(); }
 
-    /// A wrapper of a context that stays its owner's: this thread's only one, so good until the next call.
+    /// Wraps a context without owning it. Each thread has one such wrapper, so the result is valid until the
+    /// thread's next call.
     static CDC* FromHandle(HDC dc)
     {
         struct Borrowed : CDC
@@ -63,7 +64,7 @@ public:
         return dc;
     }
 
-    /// A context in memory; null stands for the screen.
+    /// Creates a memory context; null stands for the screen.
     BOOL CreateCompatibleDC(const CDC* dc)
     {
         return Attach(::CreateCompatibleDC(dc == nullptr ? nullptr : dc->m_hDC));
@@ -76,7 +77,7 @@ public:
     HDC m_hDC = nullptr;
 };
 
-/// What the wrappers of objects share: any object that a context selects.
+/// The base of the wrappers of bitmaps and palettes.
 class CGdiObject
 {
 public:
@@ -109,7 +110,7 @@ public:
 class CBitmap : public CGdiObject
 {
 public:
-    /// `dc` is not null.
+    /// `dc` must not be null.
     BOOL CreateCompatibleBitmap(const CDC* dc, int width, int height)
     {
         return Attach(::CreateCompatibleBitmap(dc->m_hDC, width, height));
@@ -129,39 +130,42 @@ public:
 
 /// @}
 
-/// An image that goes to device contexts and comes from them. The calls are those of the system on Windows,
-/// and of SoftGdi.h elsewhere. No operation but copying throws; contexts, bitmaps and palettes that an
-/// operation makes for itself are released before it ends.
+/// An image that can be drawn into device contexts and captured from them. The graphics calls are the
+/// system's on Windows and those of SoftGdi.h elsewhere. Only copying throws. Contexts, bitmaps and palettes
+/// that an operation creates for itself are released before it returns.
 class ZELUTIL_API CWinDib : public virtual CTarvexDib
 {
 public:
-    /// Copies the rectangle of `hdc`, in its logical coordinates, into this image: 32 bits, as wide and high
-    /// as `rect`. What lies outside the context is black; an empty rectangle gives one black pixel. The
-    /// fourth byte is whatever the device delivers. On a palette device colours are those of the system
-    /// palette's first 255 entries, or of its whole palette where memory for those runs out. What a
-    /// rectangle with right left of left, or bottom above top, gives is up to the system (off Windows true,
-    /// and an image that is black but for a row, a column or a pixel). False, with the image empty, for a bad
-    /// context, extents beyond an int, and where memory or handles run out.
+    /// Copies a rectangle of `hdc`, in its logical coordinates, into this image, which gets 32 bits and the
+    /// size of `rect`. Pixels outside the context are black, and an empty rectangle gives one black pixel.
+    /// The fourth byte of a pixel is whatever the device delivers. On a palette device the colours are the
+    /// first 255 entries of the system palette, or the whole system palette if there is no memory for a copy
+    /// of them.
+    ///
+    /// If right < left or bottom < top, the result depends on the system (off Windows it is true, and all
+    /// pixels but a row, a column or one pixel are black). Returns false, and leaves the image empty, if the
+    /// context is invalid, if an extent does not fit an int, or if memory or handles run out.
     bool Capture(HDC const hdc, const CRect& rect);
 
-    /// A new device bitmap for the screen with this picture, which the caller deletes by DeleteObject. Null
-    /// for an empty image and where it cannot be made. Without a row or column it is the system's stock
-    /// bitmap.
+    /// Makes a device bitmap for the screen from this picture; the caller deletes it with DeleteObject. An
+    /// image of width or height 0 gives the system's stock bitmap. Returns null for an empty image, and if
+    /// the bitmap cannot be made.
     HBITMAP CreateDDB() const;
 
-    /// Takes in a device bitmap, whatever its depth: 32 bits, no colour table. Where the bitmap's pixels are
-    /// indices, their colours are those of `palette`, or of the default palette where that is null or holds
-    /// no handle. False, with the image empty, for what is no bitmap, where memory runs out and where not
-    /// every row could be read.
+    /// Reads a device bitmap of any depth into this image, which gets 32 bits and no colour table. If the
+    /// bitmap's pixels are indices, their colours come from `palette`, or from the default palette if
+    /// `palette` is null or holds no handle. Returns false, and leaves the image empty, if `bitmap` is null
+    /// or holds no bitmap, if memory runs out, or if not every row could be read.
     bool CreateFromDDB(CBitmap* const bitmap, const CPalette* const palette);
 
-    /// Draws the whole image, scaled to `width` x `height` with the upper left corner at (x, y); negative
-    /// extents mirror. Stretching mode and palette are those that the caller has set in `hdc`. Nothing
-    /// happens for an empty image, where the device refuses and where memory runs out.
+    /// Draws the whole image, scaled to `width` x `height`, from (x, y) to the right and downward. A negative
+    /// extent runs the other way and mirrors the image. The stretching mode and the palette are those that
+    /// the caller has set in `hdc`. Draws nothing if the image is empty, if the device refuses, or if memory
+    /// runs out.
     void StretchDraw(HDC const hdc, int x, int y, int width, int height) const;
 
-    /// The same for a part of the image. `srcY` counts rows from the bottom of the picture: for a part whose
-    /// top row is y it is Height() - y - srcHeight.
+    /// Draws a part of the image in the same way. `srcY` counts rows from the bottom of the picture: if the
+    /// part's top row is y, it is Height() - y - srcHeight.
     void StretchDrawRect(HDC const hdc, int destX, int destY, int destWidth, int destHeight, int srcX,
                          int srcY, int srcWidth, int srcHeight) const;
 

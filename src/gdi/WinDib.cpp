@@ -6,16 +6,16 @@
 #include <memory>
 #include <new>
 
-// The header block in the form that the platform reads: with as many colours as its header promises. An image
-// may hold fewer, after its table was shortened or where a file brought none; then this is a copy, in
-// which the missing ones are black.
+// The header block as the platform reads it, with as many colours as the header announces. An image may hold
+// fewer, if its table was shortened or a file brought none. Then this is a copy, in which the missing colours
+// are black.
 class CWinDib::DeviceInfo
 {
 public:
     explicit DeviceInfo(const CWinDib& dib) : m_info(dib.m_info)
     {
         const auto bytes = static_cast<std::size_t>(dib.m_headerBytes);
-        const std::size_t needed = sizeof(BITMAPINFOHEADER) + PromisedColors(dib) * sizeof(tagRGBQUAD);
+        const std::size_t needed = sizeof(BITMAPINFOHEADER) + AnnouncedColors(dib) * sizeof(tagRGBQUAD);
         if (needed <= bytes)
             return;
 
@@ -25,11 +25,11 @@ public:
             std::memcpy(m_copy.get(), dib.m_info, bytes);
     }
 
-    /// Null where memory ran out.
+    /// Null if memory ran out.
     const BITMAPINFO* Get() const { return m_info; }
 
 private:
-    static std::size_t PromisedColors(const CWinDib& dib)
+    static std::size_t AnnouncedColors(const CWinDib& dib)
     {
         const auto full = static_cast<std::size_t>(dib.GetNumColors(dib.BitCount()));
         const std::size_t used = dib.m_header->biClrUsed;

@@ -5,13 +5,13 @@
 #include <limits>
 #include <new>
 
-namespace zel
+namespace zel::soft
 {
 
 namespace
 {
 
-// The 20 colours that every palette device has.
+// The 20 colours of the default palette.
 Colors DefaultColors()
 {
     constexpr std::uint32_t kColors[] = {0x000000, 0x800000, 0x008000, 0x808000, 0x000080, 0x800080, 0x008080,
@@ -24,7 +24,7 @@ Colors DefaultColors()
     return colors;
 }
 
-std::uint32_t PixelOf(const PALETTEENTRY& color)
+std::uint32_t ToPixel(const PALETTEENTRY& color)
 {
     return static_cast<std::uint32_t>(color.peRed) << 16 | static_cast<std::uint32_t>(color.peGreen) << 8 |
            color.peBlue;
@@ -47,7 +47,7 @@ std::uint32_t NearestIndex(const Colors& colors, std::uint32_t pixel)
 
 } // namespace
 
-// It lives as long as the process, as handles may be in objects that end after all others.
+// The device is never destroyed: destructors of static objects may still delete their handles.
 Device& LockedDevice::TheDevice()
 {
     alignas(Device) static std::byte storage[sizeof(Device)];
@@ -59,32 +59,33 @@ void LockedDevice::AddStockObjects()
 {
     try
     {
-        Objects& objects = m_device.objects;
+        HandleTable& objects = m_device.objects;
         if (m_device.stockBitmap == nullptr)
             m_device.stockBitmap = static_cast<HBITMAP>(objects.Add(Bitmap{1, 1, 1, {0}}));
         m_device.defaultPalette =
             static_cast<HPALETTE>(objects.Add(Palette{std::make_shared<Colors>(DefaultColors())}));
     }
-    catch (const std::bad_alloc&) // another call tries again
+    catch (const std::bad_alloc&)
     {
+        // The next call tries again.
     }
 }
 
-std::uint32_t Color(const Colors& colors, std::uint32_t index)
+std::uint32_t ColorAt(const Colors& colors, std::uint32_t index)
 {
-    return index < colors.size() ? PixelOf(colors[index]) : 0;
+    return index < colors.size() ? ToPixel(colors[index]) : 0;
 }
 
-std::uint32_t Stored(const Screen& screen, int depth, std::uint32_t pixel)
+std::uint32_t ToStored(const Screen& screen, int depth, std::uint32_t pixel)
 {
     if (depth == 1)
         return (pixel & kWhite) == kWhite ? kWhite : 0;
     return depth == 8 ? NearestIndex(screen.colors, pixel) : pixel;
 }
 
-std::uint32_t NearerOfTwo(std::uint32_t pixel)
+std::uint32_t NearestBlackOrWhite(std::uint32_t pixel)
 {
-    const std::uint32_t brightness =
+    const std::uint32_t brightness = // in hundredths of a channel's value
         30 * (pixel >> 16 & 0xFF) + 59 * (pixel >> 8 & 0xFF) + 11 * (pixel & 0xFF);
     return brightness > 100 * 127 ? kWhite : 0;
 }
@@ -109,4 +110,4 @@ HBITMAP AddBitmap(const LockedDevice& device, std::int64_t width, std::int64_t h
     }
 }
 
-} // namespace zel
+} // namespace zel::soft

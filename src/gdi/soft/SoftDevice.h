@@ -10,13 +10,13 @@
 #include <variant>
 #include <vector>
 
-/// The device behind the graphics calls over memory: its objects, and their colours.
-namespace zel
+/// The device behind the graphics calls of SoftGdi.h: its objects, their handles and their colours.
+namespace zel::soft
 {
 
 using Colors = std::vector<PALETTEENTRY>;
 
-/// Pixels have blue, green, red and the fourth byte from their low end.
+/// A pixel of 32 bits has blue in its lowest byte, then green, red and the fourth byte.
 inline constexpr std::uint32_t kWhite = 0x00FFFFFF;
 
 struct Bitmap
@@ -24,9 +24,9 @@ struct Bitmap
     int width;
     int height;
     int depth;
-    std::vector<std::uint32_t> pixels; ///< from the top; at 8 bits indices, at 1 bit black or white
-    HDC selectedIn = nullptr;          ///< of the stock bitmap always null
-    bool deleted = false;              ///< but still selected
+    std::vector<std::uint32_t> pixels; ///< top row first; indices at 8 bits, black or white at 1 bit
+    HDC selectedIn = nullptr;          ///< always null for the stock bitmap, which all contexts share
+    bool deleted = false;              ///< by the caller, but it lives until it is deselected
 
     std::uint32_t* Row(int y) { return pixels.data() + static_cast<std::ptrdiff_t>(y) * width; }
     const std::uint32_t* Row(int y) const { return pixels.data() + static_cast<std::ptrdiff_t>(y) * width; }
@@ -42,25 +42,26 @@ struct Context
     bool isScreen;
     HBITMAP bitmap;
     HPALETTE palette;
-    std::shared_ptr<const Colors> colors; ///< of the palette, which may be gone; null for the default one
+    std::shared_ptr<const Colors>
+        colors; ///< outlives a deleted palette; null while the default one is selected
     int stretchMode = BLACKONWHITE;
 };
 
-/// Every object has a slot; its handle is the slot's number and how often the slot was used before, so that a
-/// handle ends with its object.
-class Objects
+/// Holds every object in a numbered slot. A handle is made of the slot's number and its generation, which
+/// changes when the object is removed, so that stale handles are recognised.
+class HandleTable
 {
 public:
     using Object = std::variant<std::monostate, Bitmap, Palette, Context>;
 
-    /// Null when there are too many.
+    /// Returns null when the table is full. May throw std::bad_alloc, with nothing changed.
     HGDIOBJ Add(Object object)
     {
         std::uint32_t slot = m_firstFree;
-        if (m_free != 0)
+        if (m_freeCount != 0)
         {
             m_firstFree = m_slots[slot].nextFree;
-            --m_free;
+            --m_freeCount;
         }
         else
         {
@@ -73,49 +74,56 @@ public:
         return HandleOf(slot);
     }
 
+    /// Returns null unless the handle is that of a living object of this type.
     template <typename Type>
     Type* Find(const void* handle)
     {
-        const auto value = reinterpret_cast<std::uintptr_t>(handle);
-        const std::size_t slot = (value & 0xFFFF) - kFirstNumber;
+        const std::size_t slot = SlotOf(handle);
         if (slot >= m_slots.size() || HandleOf(static_cast<std::uint32_t>(slot)) != handle)
             return nullptr;
         return std::get_if<Type>(&m_slots[slot].object);
     }
 
+    /// The handle must be that of a living object.
     void Remove(const void* handle)
     {
-        const auto slot =
-            static_cast<std::uint32_t>((reinterpret_cast<std::uintptr_t>(handle) & 0xFFFF) - kFirstNumber);
+        const auto slot = static_cast<std::uint32_t>(SlotOf(handle));
         m_slots[slot].object = std::monostate();
-        ++m_slots[slot].uses;
-        // Slots wait in line, so that a handle comes again as late as possible.
-        if (m_free == 0)
+        ++m_slots[slot].generation;
+        // Free slots form a queue, so that it takes as long as possible until a slot is used again.
+        if (m_freeCount == 0)
             m_firstFree = slot;
         else
             m_slots[m_lastFree].nextFree = slot;
         m_lastFree = slot;
-        ++m_free;
+        ++m_freeCount;
     }
 
 private:
     static constexpr std::size_t kMaxObjects = 65000;
-    static constexpr std::size_t kFirstNumber = 16; // no handle is null or nearly so
+    static constexpr std::size_t kFirstNumber = 16; // the lowest handle: none is null or a small integer
 
     struct Slot
     {
         Object object;
-        std::uint32_t uses = 0;
+        std::uint32_t generation = 0;
         std::uint32_t nextFree = 0;
     };
 
+    /// Beyond the table for a handle that is too low.
+    static std::size_t SlotOf(const void* handle)
+    {
+        return (reinterpret_cast<std::uintptr_t>(handle) & 0xFFFF) - kFirstNumber;
+    }
+
     HGDIOBJ HandleOf(std::uint32_t slot) const
     {
-        return reinterpret_cast<HGDIOBJ>(std::uintptr_t{m_slots[slot].uses} << 16 | (slot + kFirstNumber));
+        return reinterpret_cast<HGDIOBJ>(std::uintptr_t{m_slots[slot].generation} << 16 |
+                                         (slot + kFirstNumber));
     }
 
     std::vector<Slot> m_slots;
-    std::uint32_t m_firstFree = 0, m_lastFree = 0, m_free = 0;
+    std::uint32_t m_firstFree = 0, m_lastFree = 0, m_freeCount = 0;
 };
 
 struct Screen
@@ -123,19 +131,19 @@ struct Screen
     int width = 1024;
     int height = 768;
     int depth = 32;
-    Colors colors; ///< of a palette device
+    Colors colors; ///< empty unless this is a palette device
 };
 
 struct Device
 {
     std::mutex mutex;
-    Objects objects;
+    HandleTable objects;
     Screen screen;
-    HBITMAP stockBitmap = nullptr; ///< this and the next null only as long as there is no memory for them
+    HBITMAP stockBitmap = nullptr; ///< like the default palette null until there is memory for it
     HPALETTE defaultPalette = nullptr;
 };
 
-/// The device, and the sole right to use it for as long as this object lives.
+/// Exclusive access to the device for as long as this object lives.
 class LockedDevice
 {
 public:
@@ -150,7 +158,8 @@ public:
     Context* FindContext(HDC dc) const { return m_device.objects.Find<Context>(dc); }
     Bitmap* FindBitmap(const void* bitmap) const { return m_device.objects.Find<Bitmap>(bitmap); }
 
-    /// What indices stand for: the screen's colours, or the default ones where it needs none.
+    /// The colours of the indices in 8-bit bitmaps: those of the screen, or of the default palette when the
+    /// screen has none.
     const Colors& ScreenColors() const
     {
         return m_device.screen.colors.empty()
@@ -158,7 +167,7 @@ public:
                    : m_device.screen.colors;
     }
 
-    /// Null on the screen, where nothing stays.
+    /// The bitmap that drawing changes, or null for the screen, where drawing is discarded.
     Bitmap* Target(const Context& context) const
     {
         return context.isScreen ? nullptr : FindBitmap(context.bitmap);
@@ -173,16 +182,18 @@ private:
     const std::lock_guard<std::mutex> m_lock;
 };
 
-/// The colour of an entry; black beyond the last.
-std::uint32_t Color(const Colors& colors, std::uint32_t index);
+/// The pixel of a palette entry; black for an index beyond the last entry.
+std::uint32_t ColorAt(const Colors& colors, std::uint32_t index);
 
-/// What a bitmap of this depth stores for a pixel of 32 bits.
-std::uint32_t Stored(const Screen& screen, int depth, std::uint32_t pixel);
+/// Converts a pixel of 32 bits to what a bitmap of this depth stores, as drawing does: at 1 bit only white
+/// becomes white, at 8 bits the nearest of the screen's colours is chosen.
+std::uint32_t ToStored(const Screen& screen, int depth, std::uint32_t pixel);
 
-/// The black or white that is nearer, where one pixel or a whole new bitmap is set.
-std::uint32_t NearerOfTwo(std::uint32_t pixel);
+/// Black or white, whichever is nearer in brightness: how SetPixel and CreateDIBitmap convert to 1 bit.
+std::uint32_t NearestBlackOrWhite(std::uint32_t pixel);
 
-/// Null where the extents are too large or memory runs out; the stock bitmap where one is 0.
+/// Adds a bitmap of zero pixels; negative extents count by their absolute value. Returns the stock bitmap if
+/// an extent is 0, null if the extents are too large or memory or handles run out.
 HBITMAP AddBitmap(const LockedDevice& device, std::int64_t width, std::int64_t height, int depth);
 
-} // namespace zel
+} // namespace zel::soft

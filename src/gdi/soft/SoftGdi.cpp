@@ -6,7 +6,8 @@
 #include <cstring>
 #include <new>
 
-using namespace zel;
+using zel::soft::Bitmap, zel::soft::Colors, zel::soft::Context, zel::soft::LockedDevice, zel::soft::Palette,
+    zel::soft::Screen;
 
 namespace
 {
@@ -30,7 +31,7 @@ HDC AddContext(const LockedDevice& device, bool isScreen)
     }
 }
 
-// What is selected in a context is no longer.
+// Ends the selection of the context's bitmap, which destroys a bitmap that was deleted meanwhile.
 void Deselect(const LockedDevice& device, const Context& context)
 {
     Bitmap* const bitmap = device.FindBitmap(context.bitmap);
@@ -145,7 +146,8 @@ HBITMAP CreateCompatibleBitmap(HDC dc, int width, int height)
     if (context == nullptr)
         return nullptr;
     const Bitmap* const target = device.Target(*context);
-    return AddBitmap(device, width, height, target == nullptr ? device->screen.depth : target->depth);
+    return zel::soft::AddBitmap(device, width, height,
+                                target == nullptr ? device->screen.depth : target->depth);
 }
 
 HPALETTE CreatePalette(const LOGPALETTE* palette)

@@ -8,18 +8,19 @@
 #include <exception>
 #include <optional>
 
-using namespace zel;
+using zel::soft::Bitmap, zel::soft::Colors, zel::soft::ColorAt, zel::soft::Context, zel::soft::kWhite,
+    zel::soft::LockedDevice, zel::soft::NearestBlackOrWhite, zel::soft::ToStored;
 
 namespace
 {
 
-// The pixel of a colour value and the reverse: red and blue change places.
-std::uint32_t Swapped(std::uint32_t color)
+// Converts a COLORREF to a pixel, or a pixel to a COLORREF: red and blue change places.
+std::uint32_t SwapRedAndBlue(std::uint32_t color)
 {
     return (color & 0xFF) << 16 | (color & 0xFF00) | (color >> 16 & 0xFF);
 }
 
-// Pixel x of a row: an index at 1, 4 and 8 bits, else a pixel of 32 bits.
+// Reads pixel x of a row: an index at 1, 4 and 8 bits, otherwise the pixel converted to 32 bits.
 std::uint32_t RawPixel(const std::uint8_t* row, std::int64_t x, int depth)
 {
     const auto widened = [](int value)
@@ -46,11 +47,11 @@ std::uint32_t RawPixel(const std::uint8_t* row, std::int64_t x, int depth)
     }
 }
 
-// A picture in the layout of a BMP file, rows counted from the top.
+// A device-independent bitmap as a caller passes it. Row 0 is the top row of the picture.
 class Dib
 {
 public:
-    /// Nothing where header or layout are none that can be read.
+    /// Nothing if the calls refuse the header, or if a pointer is null.
     static std::optional<Dib> From(const BITMAPINFO* info, const void* bits)
     {
         if (info == nullptr || bits == nullptr)
@@ -103,8 +104,8 @@ private:
     std::uint32_t m_colors;
 };
 
-// An extent along one axis: positions from `start` on, or back from there, of which those numbered `first` to
-// `last` exist.
+// One axis of a rectangle: `count` positions that are numbered from 0 at `start` upward, or downward if the
+// extent is negative. Those with the numbers `first` to `last` lie inside a bitmap of `size` pixels.
 struct ClippedExtent
 {
     std::int64_t start;
@@ -124,9 +125,32 @@ struct ClippedExtent
     std::int64_t At(std::int64_t number) const { return backwards ? start - number : start + number; }
 };
 
-using Range = std::pair<std::int64_t, std::int64_t>; // first and last number; none where the first is larger
+// One axis of an unscaled copy: the lowest position in the target and in the source, and the count of
+// positions that lie inside both. Both extents have the same sign: a negative one mirrors both sides, that
+// is, nothing.
+struct SharedExtent
+{
+    std::int64_t to;
+    std::int64_t from;
+    std::int64_t count;
 
-// The source positions, by number, that number `j` of the target takes.
+    SharedExtent(const ClippedExtent& target, const ClippedExtent& source)
+    {
+        const std::int64_t first = std::max(target.first, source.first);
+        const std::int64_t last = std::min(target.last, source.last);
+        to = target.At(target.backwards ? last : first);
+        from = source.At(source.backwards ? last : first);
+        count = last - first + 1;
+    }
+};
+
+using Range = std::pair<std::int64_t, std::int64_t>; // first and last number; empty if the first is larger
+
+// The numbers of the source positions that target position `j` takes, less those outside the source. The
+// borders between the positions of the smaller extent, k * larger / smaller rounded half up, divide the
+// larger one into groups. When m target positions enlarge n source positions, each of a group of target
+// positions takes the same source position; when they reduce, a target position takes its whole group of
+// source positions.
 Range SourceRange(const ClippedExtent& dest, const ClippedExtent& source, std::int64_t j)
 {
     const auto n = static_cast<std::uint64_t>(source.count), m = static_cast<std::uint64_t>(dest.count);
@@ -141,7 +165,7 @@ Range SourceRange(const ClippedExtent& dest, const ClippedExtent& source, std::i
             std::min(static_cast<std::int64_t>(last), source.last)};
 }
 
-// The one pixel that stands for a block of them; the ranges are not empty.
+// Combines the pixels of a block into one, as the stretching mode says. The ranges must not be empty.
 std::uint32_t CombinePixels(const Dib& dib, const ClippedExtent& sourceX, const ClippedExtent& sourceY,
                             Range columns, Range rows, int mode)
 {
@@ -214,7 +238,8 @@ HBITMAP CreateDIBitmap(HDC dc, const BITMAPINFOHEADER* header, DWORD flags, cons
         for (int x = 0; x < width; ++x)
         {
             const std::uint32_t pixel = dib->Pixel(dib->Row(y), x);
-            bitmap->Row(y)[x] = depth == 1 ? NearerOfTwo(pixel) : Stored(device->screen, depth, pixel);
+            bitmap->Row(y)[x] =
+                depth == 1 ? NearestBlackOrWhite(pixel) : ToStored(device->screen, depth, pixel);
         }
     return handle;
 }
@@ -229,7 +254,7 @@ int StretchDIBits(HDC dc, int destX, int destY, int destWidth, int destHeight, i
     if (context == nullptr || !dib || usage != DIB_RGB_COLORS || operation != SRCCOPY)
         return 0;
 
-    // Rows of the source count from the bottom, those of the picture from the top.
+    // srcY counts rows from the bottom of the picture.
     const ClippedExtent sourceX(srcX, srcWidth, dib->Width());
     const ClippedExtent sourceY(dib->Height() - srcY - srcHeight, srcHeight, dib->Height());
     if (sourceX.IsEmpty() || sourceY.IsEmpty())
@@ -265,15 +290,15 @@ int StretchDIBits(HDC dc, int destX, int destY, int destWidth, int destHeight, i
                 const std::uint32_t pixel =
                     CombinePixels(*dib, sourceX, sourceY, columns[i], rows, context->stretchMode);
                 to[targetX.At(targetX.first + static_cast<std::int64_t>(i))] =
-                    Stored(device->screen, target->depth, pixel);
+                    ToStored(device->screen, target->depth, pixel);
                 drawn = true;
             }
         }
         return drawn ? result : 0;
     }
-    catch (const std::exception&) // no memory for the columns
+    catch (const std::exception&)
     {
-        return 0;
+        return 0; // no memory for the columns
     }
 }
 
@@ -289,38 +314,26 @@ BOOL BitBlt(HDC dest, int x, int y, int width, int height, HDC source, int srcX,
     if (to == nullptr)
         return TRUE;
 
-    // From the left and the top, as far as both bitmaps go; a negative extent reaches back, but does not
-    // mirror.
-    const auto clip =
-        [](std::int64_t& at, std::int64_t& sourceAt, std::int64_t extent, int size, int sourceSize)
-    {
-        const std::int64_t back = extent < 0 ? extent + 1 : 0;
-        const std::int64_t before = std::max<std::int64_t>({0, -(at + back), -(sourceAt + back)});
-        at += back + before;
-        sourceAt += back + before;
-        return std::min({std::abs(extent) - before, size - at, sourceSize - sourceAt});
-    };
-    std::int64_t toX = x, toY = y, fromX = srcX, fromY = srcY;
-    const std::int64_t columns = clip(toX, fromX, width, to->width, from->width);
-    const std::int64_t rows = clip(toY, fromY, height, to->height, from->height);
-    if (columns <= 0)
+    const SharedExtent columns({x, width, to->width}, {srcX, width, from->width});
+    const SharedExtent rows({y, height, to->height}, {srcY, height, from->height});
+    if (columns.count <= 0)
         return TRUE;
 
-    for (std::int64_t i = 0; i < rows; ++i)
+    for (std::int64_t i = 0; i < rows.count; ++i)
     {
-        // Within one bitmap a row is read before it is written over.
-        const int row = static_cast<int>(toY > fromY ? rows - 1 - i : i);
-        std::uint32_t* const out = to->Row(static_cast<int>(toY) + row) + toX;
-        const std::uint32_t* const in = from->Row(static_cast<int>(fromY) + row) + fromX;
+        // If both are the same bitmap, every row must be read before it is overwritten.
+        const std::int64_t row = rows.to > rows.from ? rows.count - 1 - i : i;
+        std::uint32_t* const out = to->Row(static_cast<int>(rows.to + row)) + columns.to;
+        const std::uint32_t* const in = from->Row(static_cast<int>(rows.from + row)) + columns.from;
         if (to->depth == from->depth)
         {
-            std::memmove(out, in, static_cast<std::size_t>(columns) * sizeof *out);
+            std::memmove(out, in, static_cast<std::size_t>(columns.count) * sizeof *out);
             continue;
         }
         const Colors* const indexed = from->depth == 8 ? &device.ScreenColors() : nullptr;
-        for (std::int64_t column = 0; column < columns; ++column)
-            out[column] = Stored(device->screen, to->depth,
-                                 indexed == nullptr ? in[column] : Color(*indexed, in[column]));
+        for (std::int64_t column = 0; column < columns.count; ++column)
+            out[column] = ToStored(device->screen, to->depth,
+                                   indexed == nullptr ? in[column] : ColorAt(*indexed, in[column]));
     }
     return TRUE;
 }
@@ -345,7 +358,7 @@ int GetDIBits(HDC dc, HBITMAP bitmap, UINT start, UINT lines, void* bits, BITMAP
     if (bits == nullptr)
         return source->height;
 
-    // An index stands for a colour of the palette selected, or of the screen's where that is the default one.
+    // Indices stand for colours of the selected palette, or of the screen if that is the default palette.
     const Colors& colors = context->colors == nullptr ? device.ScreenColors() : *context->colors;
     auto* out = static_cast<std::uint8_t*>(bits);
     for (UINT i = 0; i < count; ++i)
@@ -354,7 +367,7 @@ int GetDIBits(HDC dc, HBITMAP bitmap, UINT start, UINT lines, void* bits, BITMAP
         const std::uint32_t* const row = source->Row(static_cast<int>(height - 1 - fromBottom));
         for (int x = 0; x < source->width; ++x, out += 4)
         {
-            const std::uint32_t pixel = source->depth == 8 ? Color(colors, row[x]) : row[x];
+            const std::uint32_t pixel = source->depth == 8 ? ColorAt(colors, row[x]) : row[x];
             std::memcpy(out, &pixel, sizeof pixel);
         }
     }
@@ -369,7 +382,7 @@ COLORREF GetPixel(HDC dc, int x, int y)
     if (bitmap == nullptr || x < 0 || y < 0 || x >= bitmap->width || y >= bitmap->height)
         return CLR_INVALID;
     const std::uint32_t pixel = bitmap->Row(y)[x];
-    return Swapped(bitmap->depth == 8 ? Color(device.ScreenColors(), pixel) : pixel);
+    return SwapRedAndBlue(bitmap->depth == 8 ? ColorAt(device.ScreenColors(), pixel) : pixel);
 }
 
 COLORREF SetPixel(HDC dc, int x, int y, COLORREF color)
@@ -384,7 +397,7 @@ COLORREF SetPixel(HDC dc, int x, int y, COLORREF color)
 
     std::uint32_t& pixel = bitmap->Row(y)[x];
     if (bitmap->depth == 1)
-        return pixel = NearerOfTwo(Swapped(color));
-    pixel = Stored(device->screen, bitmap->depth, Swapped(color));
-    return Swapped(bitmap->depth == 8 ? Color(device.ScreenColors(), pixel) : pixel);
+        return pixel = NearestBlackOrWhite(SwapRedAndBlue(color));
+    pixel = ToStored(device->screen, bitmap->depth, SwapRedAndBlue(color));
+    return SwapRedAndBlue(bitmap->depth == 8 ? ColorAt(device.ScreenColors(), pixel) : pixel);
 }
