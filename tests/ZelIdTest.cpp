@@ -75,7 +75,7 @@ TEST(HexText, BothOrdersThereAndBack)
     EXPECT_EQ(text, std::string("01ab\0", 5));
     RBinToString("\x01\xAB", 2, text.data());
     EXPECT_EQ(text, std::string("ab01\0", 5));
-    for (const unsigned short length : {0, 1, 65535})
+    for (const unsigned short length : {std::uint16_t{0}, std::uint16_t{1}, std::uint16_t{65535}})
     {
         const test::Bytes from = test::RandomBytes(length);
         test::Bytes to(length), reversed(length);
