@@ -50,7 +50,8 @@ TEST(ZelId, CountsOnFromWhatIsRestored)
 
 TEST(ZelId, ComparesNumbers)
 {
-    const Number ascending[] = {{0, 0}, {1, 0}, {0x80, 0}, {0x100, 0}, {kMax, 0}, {0, 1}, {1, 1}, {0, kMax / 2 + 1}, {5, kMax}};
+    const Number ascending[] = {{0, 0}, {1, 0}, {0x80, 0},         {0x100, 0}, {kMax, 0},
+                                {0, 1}, {1, 1}, {0, kMax / 2 + 1}, {5, kMax}};
     for (const Number& number : ascending)
         for (const Number& another : ascending)
         {
@@ -96,9 +97,11 @@ TEST(HexText, EveryPairReadsAsANumber)
         unsigned value = 0;
         const bool isNumber =
             pair == "0x" || pair == "0X" || (pair[1] != '\0' && std::sscanf(pair.c_str(), "%x", &value) == 1);
-        const std::array<int, 3> expected = isNumber ? std::array{int(static_cast<unsigned char>(value)), 0x5A, 9} : std::array{9,9,9};
+        const std::array<int, 3> expected =
+            isNumber ? std::array{int(static_cast<unsigned char>(value)), 0x5A, 9} : std::array{9, 9, 9};
         unsigned char bytes[] = {9, 9, 9}, reversed[] = {9, 9, 9};
-        ASSERT_TRUE(StringToBin(text, bytes, 2) == isNumber && RStringToBin(text, reversed, 2) == isNumber) << i;
+        ASSERT_TRUE(StringToBin(text, bytes, 2) == isNumber && RStringToBin(text, reversed, 2) == isNumber)
+            << i;
         ASSERT_TRUE(bytes[0] == expected[0] && bytes[1] == expected[1] && bytes[2] == 9) << i;
         ASSERT_TRUE(reversed[0] == expected[1] && reversed[1] == expected[0] && reversed[2] == 9) << i;
     }
