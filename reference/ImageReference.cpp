@@ -208,15 +208,22 @@ void AlphaAlpha(CTarvexDib& to, int alpha)
 
 void ChangeToTrueColor(CTarvexDib& dib, bool withAlpha)
 {
-    const int bits = dib.BitCount();
-    const tagRGBQUAD* const table = dib.GetColorTable();
-    CTarvexDib to;
-    to.Create(dib.Width(), dib.Height(), withAlpha ? 32 : 24);
-    ForEachPixel(to,
+    CTarvexDib from(dib);
+    const int bits = from.BitCount();
+    if (bits <= 8)
+        from.SetColorTable(from.GetColorTable(), 1 << bits); // what the table lacks is black
+    const tagRGBQUAD* const table = from.GetColorTable();
+    if (bits >= (withAlpha ? 32 : 24))
+        return;
+
+    dib.Create(from.Width(), from.Height(), withAlpha ? 32 : 24);
+    reinterpret_cast<BITMAPINFOHEADER*>(dib.GetColorTable() - 10)->biSizeImage =
+        static_cast<std::uint32_t>(dib.BytesPerScanLine() * dib.Height());
+    ForEachPixel(dib,
                  [&](int x, int y)
                  {
-                     const unsigned char* const row = dib.GetScanLine(dib.Height() - 1 - y);
-                     unsigned char* const pixel = to.GetPixelFast(x, y);
+                     const unsigned char* const row = from.GetScanLine(from.Height() - 1 - y);
+                     unsigned char* const pixel = dib.GetPixelFast(x, y);
                      if (bits >= 24)
                          std::copy_n(row + x * (bits / 8), 3, pixel);
                      else if (bits == 16)
@@ -240,7 +247,6 @@ void ChangeToTrueColor(CTarvexDib& dib, bool withAlpha)
                      if (withAlpha)
                          pixel[3] = 255;
                  });
-    dib = to;
 }
 
 void Clone(CTarvexDib& to, const CTarvexDib& from, int left, int top, int right, int bottom)
@@ -263,7 +269,7 @@ void CopyRect(CTarvexDib& to, int destX, int destY, const CTarvexDib& from, int 
               int srcRowEnd)
 {
     for (int y = srcY; y < std::min(srcRowEnd, from.Height()); ++y)
-        for (int x = srcX; x < std::min(srcX + columns, from.Width()); ++x)
+        for (int x = srcX; x < from.Width() && x - srcX < columns; ++x)
             if (destX + x - srcX < to.Width() && destY + y - srcY < to.Height())
                 std::copy_n(from.GetPixelFast(x, y), to.PixelSize(),
                             to.GetPixelFast(destX + x - srcX, destY + y - srcY));
@@ -273,7 +279,7 @@ void CopyRect(CTarvexDib& to, int destX, int destY, const unsigned char* pixels,
               int pixelsHeight, int srcX, int srcY, int columns, int srcRowEnd)
 {
     for (int y = srcY; y < std::min(srcRowEnd, pixelsHeight); ++y)
-        for (int x = srcX; x < std::min(srcX + columns, pixelsWidth); ++x)
+        for (int x = srcX; x < pixelsWidth && x - srcX < columns; ++x)
             if (destX + x - srcX < to.Width() && destY + y - srcY < to.Height())
                 std::copy_n(pixels + ((pixelsHeight - 1 - y) * pixelsWidth + x) * to.PixelSize(),
                             to.PixelSize(), to.GetPixelFast(destX + x - srcX, destY + y - srcY));

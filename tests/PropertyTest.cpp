@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <ostream>
 
 using test::Bytes;
 
@@ -14,6 +15,11 @@ struct Property
     const char* name;
     void (*check)(test::Input);
 };
+
+void PrintTo(const Property& property, std::ostream* out)
+{
+    *out << property.name;
+}
 
 constexpr Property kProperties[] = {{"Image", property::Image},
                                     {"Bmp", property::Bmp},

@@ -1,11 +1,17 @@
 #include "Pictures.h"
 
+#include <climits>
 #include <gtest/gtest.h>
 
 using namespace test;
 
 namespace
 {
+
+std::uint32_t ClrUsed(const CTarvexDib& dib)
+{
+    return Number(Packed(dib), 32);
+}
 
 void ExpectEmpty(const CTarvexDib& dib)
 {
@@ -18,27 +24,34 @@ void ExpectEmpty(const CTarvexDib& dib)
     EXPECT_EQ(dib.GetColorTable(), nullptr);
 }
 
-int ClrUsed(const CTarvexDib& dib)
-{
-    const Bytes packed = Packed(dib);
-    return packed[32] | packed[33] << 8;
-}
-
 } // namespace
 
-TEST(TarvexDib, RowsAreFilledUpToFourBytes)
+TEST(TarvexDib, RowsArePaddedToFourBytes)
 {
     const struct
     {
         int width, height, bits, rowBytes, padding, pixelSize, dibLength;
-    } cases[] = {{3, 2, 24, 12, 3, 3, 64}, {4, 2, 24, 12, 0, 3, 64},         {5, 1, 8, 8, 3, 1, 1072},
-                 {4, 3, 8, 4, 0, 1, 1076}, {1, 1, 32, 4, 0, 4, 44},          {0, 7, 24, 0, 0, 3, 40},
-                 {9, 0, 32, 36, 0, 4, 40}, {0, 2147483647, 8, 0, 0, 1, 1064}};
+    } cases[] = {{3, 2, 24, 12, 3, 3, 64},
+                 {4, 2, 24, 12, 0, 3, 64},
+                 {5, 1, 8, 8, 3, 1, 1072},
+                 {4, 3, 8, 4, 0, 1, 1076},
+                 {1, 1, 32, 4, 0, 4, 44},
+                 {0, 7, 24, 0, 0, 3, 40},
+                 {9, 0, 32, 36, 0, 4, 40},
+                 {0, INT_MAX, 8, 0, 0, 1, 1064},
+                 {536870911, 1, 8, 536870912, 1, 1, 536871976}, // an int cannot count its bits
+                 {9, 2, 1, 4, 4, 0, 56},
+                 {9, 2, 4, 8, 8, 0, 120},
+                 {9, 2, 16, 20, 2, 2, 80}};
     for (const auto& c : cases)
     {
         SCOPED_TRACE(testing::Message() << c.width << " x " << c.height << " of " << c.bits << " bits");
+        const int table = c.bits < 8 ? 1 << c.bits : 0;
         CTarvexDib dib;
-        ASSERT_TRUE(dib.Create(c.width, c.height, c.bits));
+        if (c.bits < 8 || c.bits == 16) // only the loaders make these depths
+            dib = FromPacked(BlankPacked(c.width, c.height, c.bits, table, table));
+        else
+            ASSERT_TRUE(dib.Create(c.width, c.height, c.bits));
         EXPECT_EQ(dib.Width(), c.width);
         EXPECT_EQ(dib.Height(), c.height);
         EXPECT_EQ(dib.BitCount(), c.bits);
@@ -49,54 +62,23 @@ TEST(TarvexDib, RowsAreFilledUpToFourBytes)
     }
 }
 
-TEST(TarvexDib, DepthsThatOnlyLoadersMake)
+TEST(TarvexDib, CreateRefusesWhatExceedsTheLimits)
 {
-    const struct
-    {
-        int bits, rowBytes, padding, pixelSize;
-    } cases[] = {{1, 4, 4, 0}, {4, 8, 8, 0}, {16, 20, 2, 2}};
-    for (const auto& c : cases)
-    {
-        const CTarvexDib dib = FromPacked(RandomPacked(9, 2, c.bits, 0, c.bits < 8 ? 1 << c.bits : 0));
-        EXPECT_EQ(dib.BytesPerScanLine(), c.rowBytes);
-        EXPECT_EQ(dib.Padding(), c.padding);
-        EXPECT_EQ(dib.PixelSize(), c.pixelSize);
-    }
-    const CTarvexDib empty;
-    ExpectEmpty(empty);
-    EXPECT_EQ(empty.PixelSize(), 0);
-    EXPECT_EQ(empty.GetInterpolMethod(), CTarvexDib::InterpolNearest);
-}
-
-// Pictures without pixels are pictures still, but assignment takes them for empty ones.
-TEST(TarvexDib, WidthOrHeightOfZero)
-{
-    for (const int width : {0, 3})
-    {
-        CTarvexDib flat;
-        flat.SetupInterpolMethod(CTarvexDib::InterpolNearest);
-        ASSERT_TRUE(flat.Create(width, 3 - width, 24));
-        const Bytes packed = Packed(flat);
-        EXPECT_EQ(packed.size(), 40U);
-        EXPECT_EQ(Packed(CTarvexDib(flat)), packed);
-        EXPECT_EQ(Packed(FromPacked(packed)), packed);
-        const File file(std::tmpfile(), std::fclose);
-        EXPECT_TRUE(flat.Save(file.get()));
-        EXPECT_EQ(std::ftell(file.get()), 54);
-        CTarvexDib assigned = RandomPicture(2, 2, 8);
-        assigned = flat;
-        ExpectEmpty(assigned);
-    }
-}
-
-TEST(TarvexDib, PixelsCountFromTheTopAndRowsFromTheBottom)
-{
-    CTarvexDib dib;
-    ASSERT_TRUE(dib.Create(3, 2, 24));
-    EXPECT_EQ(dib.GetPixelFast(0, 0), dib.GetScanLine(1));
-    EXPECT_EQ(dib.GetPixelFast(0, 1), dib.GetScanLine(0));
-    EXPECT_EQ(dib.GetPixelFast(2, 1) - dib.GetScanLine(0), 6);
-    EXPECT_EQ(dib.GetScanLine(1) - dib.GetScanLine(0), 12);
+    constexpr int kSizes[] = {INT_MIN, -1, 0, 1, 3, 256, 46341, 536870911, INT_MAX - 1, INT_MAX};
+    for (const int bits : {8, 24, 32, INT_MIN, -24, -1, 0, 1, 4, 16, 31, 33, 64, 256, INT_MAX})
+        for (const std::int64_t width : kSizes)
+            for (const std::int64_t height : kSizes)
+            {
+                const std::int64_t header = bits == 8 ? 1064 : 40, row = (width * bits + 31) / 32 * 4;
+                const bool fits = (bits == 8 || bits == 24 || bits == 32) && width >= 0 && height >= 0 &&
+                                  row <= INT_MAX && row * height + header <= INT_MAX;
+                SCOPED_TRACE(testing::Message() << width << " x " << height << " of " << bits << " bits");
+                CTarvexDib dib = RandomPicture(2, 2, 24);
+                EXPECT_EQ(dib.Create(static_cast<int>(width), static_cast<int>(height), bits), fits);
+                EXPECT_EQ(dib.GetDibLength(), fits ? header + row * height : 40);
+                if (!fits)
+                    ExpectEmpty(dib);
+            }
 }
 
 TEST(TarvexDib, CreateWritesWhatItPromises)
@@ -105,92 +87,69 @@ TEST(TarvexDib, CreateWritesWhatItPromises)
     ASSERT_TRUE(dib.Create(5, 3, 32));
     EXPECT_EQ(PixelBytes(dib), Bytes(60, 255));
     ASSERT_TRUE(dib.Create(2, 3, 24));
-    for (int row = 0; row < 3; ++row)
-        EXPECT_TRUE(dib.GetScanLine(row)[6] == 0 && dib.GetScanLine(row)[7] == 0);
+    for (const int row : {0, 1, 2})
+        EXPECT_TRUE(dib.GetScanLine(row)[6] == 0 && dib.GetScanLine(row)[7] == 0) << row;
+    EXPECT_EQ(dib.GetPixelFast(1, 0), dib.GetScanLine(0) + 19); // the top row is stored last
 
     ASSERT_TRUE(dib.Create(0, 0, 8));
-    Bytes header(1064, 0);
-    header[0] = 40;
-    header[12] = 1;
-    header[14] = 8;
-    header[33] = 1; // 256 colours
+    Bytes header = BlankPacked(0, 0, 8, 256, 256);
     EXPECT_EQ(Packed(dib), header);
-}
-
-TEST(TarvexDib, TheMethodOutlivesThePicture)
-{
-    CTarvexDib dib = RandomPicture(2, 2, 24);
-    dib.SetupInterpolMethod(CTarvexDib::InterpolCubic);
-    EXPECT_FALSE(dib.Create(46341, 46341, 8));
-    ExpectEmpty(dib);
-    EXPECT_EQ(dib.PixelSize(), 3);
-    EXPECT_EQ(dib.GetInterpolMethod(), CTarvexDib::InterpolCubic);
-    EXPECT_TRUE(dib.Create(3, 3, 32) && LoadBytes(dib, FileAround(Packed(dib), 0)));
-    EXPECT_EQ(dib.GetInterpolMethod(), CTarvexDib::InterpolCubic);
-}
-
-TEST(TarvexDib, MoreBitsThanAnIntCounts)
-{
-    CTarvexDib wide; // less than 2^31 bytes
-    EXPECT_TRUE(wide.Create(70000000, 1, 32));
-    EXPECT_EQ(wide.BytesPerScanLine(), 280000000);
 }
 
 TEST(TarvexDib, ColorTableFollowsItsCount)
 {
     const tagRGBQUAD colors[257] = {{1, 2, 3, 4}, {5, 6, 7, 8}};
+    const struct
+    {
+        int bits, most; // colours of a full table; -1: there is no table
+    } cases[] = {{1, 2}, {4, 16}, {8, 256}, {16, -1}, {24, -1}, {32, -1}};
     CTarvexDib dib;
     EXPECT_FALSE(dib.SetColorTable(colors, 0));
-    dib = RandomPicture(3, 1, 8);
-    const Bytes before = Packed(dib);
-    EXPECT_FALSE(dib.SetColorTable(colors, 257));
-    EXPECT_FALSE(dib.SetColorTable(colors, -1));
-    EXPECT_FALSE(dib.SetColorTable(nullptr, 1));
-    EXPECT_EQ(Packed(dib), before);
+    for (const auto& c : cases)
+        for (const int count : {INT_MIN, -1, 0, 1, c.most, c.most + 1, INT_MAX})
+        {
+            dib = RandomPicture(3, 1, c.bits);
+            const Bytes before = Packed(dib);
+            const bool fits = count >= 0 && count <= c.most;
+            EXPECT_EQ(dib.SetColorTable(colors, count), fits) << c.bits << " bits, " << count;
+            EXPECT_EQ(Packed(dib) != before, fits);
+        }
 
+    ASSERT_TRUE(dib.Create(3, 1, 8));
+    EXPECT_FALSE(dib.SetColorTable(nullptr, 1));
     ASSERT_TRUE(dib.SetColorTable(colors, 2));
     EXPECT_EQ(dib.GetDibLength(), 52);
-    EXPECT_EQ(ClrUsed(dib), 2);
+    EXPECT_EQ(ClrUsed(dib), 2U);
     EXPECT_EQ(dib.GetColorTable()[1].rgbRed, 7);
     ASSERT_TRUE(dib.SetColorTable(dib.GetColorTable() + 1, 3)); // its own, and beyond its end
     EXPECT_EQ(dib.GetColorTable()[0].rgbBlue, 5);
     EXPECT_EQ(dib.GetColorTable()[2].rgbBlue, 0);
     ASSERT_TRUE(dib.SetColorTable(nullptr, 0));
     EXPECT_EQ(dib.GetDibLength(), 44);
-    EXPECT_EQ(ClrUsed(dib), 3);
-
-    ASSERT_TRUE(dib.Create(3, 1, 24));
-    EXPECT_FALSE(dib.SetColorTable(colors, 0));
-    for (const int bits : {1, 4})
-    {
-        dib = FromPacked(RandomPacked(3, 1, bits, 0, 1 << bits));
-        EXPECT_FALSE(dib.SetColorTable(colors, (1 << bits) + 1));
-        EXPECT_TRUE(dib.SetColorTable(colors, 1 << bits));
-    }
+    EXPECT_EQ(ClrUsed(dib), 3U);
 }
 
 TEST(TarvexDib, CopyColorsGrowsTheBlockWhereNeeded)
 {
-    CTarvexDib source, small, empty;
+    CTarvexDib source, target = RandomPicture(4, 1, 24), empty;
     ASSERT_TRUE(source.Create(1, 1, 8));
     for (int i = 0; i < 256; ++i)
         source.GetColorTable()[i].rgbGreen = static_cast<unsigned char>(i);
-    ASSERT_TRUE(small.Create(4, 1, 8));
-    ASSERT_TRUE(small.SetColorTable(source.GetColorTable(), 5));
-
-    small.CopyColorsFromDib(source);
-    EXPECT_EQ(small.GetDibLength(), 1068);
-    EXPECT_EQ(small.GetColorTable()[255].rgbGreen, 255);
-    EXPECT_EQ(ClrUsed(small), 256);
+    target.CopyColorsFromDib(source);
+    EXPECT_EQ(target.GetDibLength(), 40 + 1024 + 12);
+    EXPECT_EQ(target.GetColorTable()[255].rgbGreen, 255);
+    EXPECT_EQ(ClrUsed(target), 256U);
 
     ASSERT_TRUE(source.SetColorTable(source.GetColorTable() + 100, 7)); // now there is room enough
-    small.CopyColorsFromDib(source);
-    EXPECT_EQ(small.GetDibLength(), 72);
-    EXPECT_EQ(ClrUsed(small), 7);
-    EXPECT_EQ(small.GetColorTable()[6].rgbGreen, 106);
-    small.CopyColorsFromDib(empty);
-    EXPECT_EQ(small.GetDibLength(), 44);
-    EXPECT_EQ(ClrUsed(small), 7);
+    target.CopyColorsFromDib(source);
+    EXPECT_EQ(target.GetDibLength(), 40 + 28 + 12);
+    EXPECT_EQ(ClrUsed(target), 7U);
+    EXPECT_EQ(target.GetColorTable()[6].rgbGreen, 106);
+    target.CopyColorsFromDib(target);
+    EXPECT_EQ(ClrUsed(target), 7U);
+    target.CopyColorsFromDib(empty);
+    EXPECT_EQ(target.GetDibLength(), 40 + 12);
+    EXPECT_EQ(ClrUsed(target), 7U);
     empty.CopyColorsFromDib(source);
     ExpectEmpty(empty);
 }
@@ -207,18 +166,32 @@ TEST(TarvexDib, CopiesAreDeep)
     assigned = same;
     source.AlphaAlpha(7);
     source.Empty();
-    for (const CTarvexDib* dib : {&copy, static_cast<const CTarvexDib*>(&assigned)})
+    for (const CTarvexDib* const dib : {&copy, &same})
     {
         EXPECT_EQ(Packed(*dib), expected);
         EXPECT_EQ(dib->GetInterpolMethod(), CTarvexDib::InterpolCubic);
         EXPECT_EQ(dib->PixelSize(), 4);
     }
+    EXPECT_EQ(CTarvexDib().GetInterpolMethod(), CTarvexDib::InterpolNearest);
+    EXPECT_EQ(CTarvexDib().PixelSize(), 0);
+    EXPECT_EQ(CTarvexDib(source).GetInterpolMethod(), CTarvexDib::InterpolCubic);
+}
 
-    const CTarvexDib emptyCopy(source); // empty, but with a method
-    ExpectEmpty(emptyCopy);
-    EXPECT_EQ(emptyCopy.GetInterpolMethod(), CTarvexDib::InterpolCubic);
-    CTarvexDib target = RandomPicture(2, 2, 8);
-    target = source;
-    ExpectEmpty(target);
-    EXPECT_EQ(target.GetInterpolMethod(), CTarvexDib::InterpolNearest);
+// A picture without pixels is a picture still, but assignment takes it for an empty image.
+TEST(TarvexDib, WhatIsEmptiedKeepsItsMethod)
+{
+    CTarvexDib wide, high;
+    ASSERT_TRUE(wide.Create(3, 0, 24) && high.Create(0, 3, 24));
+    for (const CTarvexDib& source : {CTarvexDib(), wide, high})
+    {
+        EXPECT_EQ(Packed(CTarvexDib(source)), Packed(source));
+        CTarvexDib target = RandomPicture(2, 2, 24);
+        target.SetupInterpolMethod(CTarvexDib::InterpolCubic);
+        target = source;
+        ExpectEmpty(target);
+        EXPECT_EQ(target.PixelSize(), 3);
+        EXPECT_EQ(target.GetInterpolMethod(), CTarvexDib::InterpolCubic);
+        EXPECT_TRUE(target.Create(3, 3, 32) && LoadPacked(target, Packed(target)));
+        EXPECT_EQ(target.GetInterpolMethod(), CTarvexDib::InterpolCubic);
+    }
 }

@@ -1,331 +1,290 @@
-// Every operation of the image on what a BMP file gives and on pictures made beside it, by every kernel set,
-// against the operation's definition; where it is refused, nothing has changed.
+// Every image operation, on every instruction set, against its reference, byte for byte. Pixels, padding,
+// header, colours and method are compared, of the target and of both sources, and a refused operation leaves
+// them all as they were. One input describes several calls.
 
 #include "Properties.h"
 
 #include "ImageReference.h"
 #include "Targets.h"
-#include "ZelUtil/TarvexDib.h"
 
-#include <functional>
-#include <limits>
+#include <climits>
+#include <random>
 
 using namespace test;
-using test::HasPixels;
-using test::IsTrueColor;
-using test::SameSize;
 
 namespace
 {
 
-constexpr std::size_t kControlBytes = 32;
-constexpr int kMaxPixels = 1024;
+constexpr int kMaxCalls = 12;
+constexpr int kTrueColor = 0, kAny = -1; // depths: 24 or 32, and all of them
+constexpr bool kSameSize = false, kScaled = true;
 
-// Runs `operation` on copies of `target`, once per kernel set. Where it is admitted, `define` tells the
-// outcome.
-void Check(const char* name, const CTarvexDib& target, bool isAdmitted,
-           const std::function<bool(CTarvexDib&)>& operation, const std::function<void(CTarvexDib&)>& define)
+// The images that take part in a call, and the arguments of every operation.
+struct Call
 {
-    CTarvexDib expected(target);
-    if (isAdmitted && HasPixels(target))
-        define(expected);
-    test::ForEachTarget(
+    CTarvexDib target, first, second;
+    int firstRole, secondRole;
+    int right, bottom, left, top, destX, destY, columns, strength;
+    float red, green, blue, weight;
+    unsigned char key[3] = {}; // blue, green, red
+    unsigned char alpha;
+    bool flag;
+
+    // A source is the target itself, null, or a picture of its own. The second form has no null.
+    CTarvexDib* Source(int role, CTarvexDib& own) { return role == 0 ? &target : role == 1 ? nullptr : &own; }
+    CTarvexDib* First() { return Source(firstRole, first); }
+    CTarvexDib* Second() { return Source(secondRole, second); }
+    CTarvexDib& Other() { return firstRole == 0 ? target : first; }
+    bool HasOther() { return firstRole != 0; }
+};
+
+bool HasPixel(const CTarvexDib& dib, int x, int y)
+{
+    return x >= 0 && y >= 0 && x < dib.Width() && y < dib.Height();
+}
+
+bool FitsTarget(const Call& c, const CTarvexDib* dib, int bits = kTrueColor)
+{
+    return dib != nullptr && dib->Width() == c.target.Width() && dib->Height() == c.target.Height() &&
+           (bits == kTrueColor ? dib->BitCount() >= 24 : dib->BitCount() == bits);
+}
+
+bool CanBlend(Call& c)
+{
+    return c.target.BitCount() >= 24 && FitsTarget(c, c.First()) && FitsTarget(c, c.Second());
+}
+
+bool IsQuad(Call& c)
+{
+    return c.target.BitCount() == 32;
+}
+
+// Between different images of true colour.
+bool CanCopy(Call& c)
+{
+    return c.firstRole != 0 && c.target.BitCount() >= 24 && c.first.BitCount() >= 24;
+}
+
+// The pixels without padding, in exactly as many bytes as they have.
+Bytes RawPixels(const CTarvexDib& dib)
+{
+    Bytes raw;
+    for (int row = 0; row < dib.Height(); ++row)
+        raw.insert(raw.end(), dib.GetScanLine(row), dib.GetScanLine(row) + dib.PixelSize() * dib.Width());
+    raw.shrink_to_fit();
+    return raw;
+}
+
+struct Operation
+{
+    const char* name;
+    bool (*admits)(Call& c);
+    bool (*run)(Call& c);
+    void (*reference)(Call& c);
+    bool isScaled = false; // the first source has a size of its own
+    int targetBits = kTrueColor, firstBits = kTrueColor;
+};
+
+// The last one takes the most paths and is tried most often.
+constexpr Operation kOperations[] = {
+    {"AlphaBlendPerPixel", [](Call& c) { return CanBlend(c) && c.First()->BitCount() == 32; },
+     [](Call& c) { return c.target.AlphaBlendPerPixel(c.First(), c.Second()); },
+     [](Call& c) { reference::AlphaBlendPerPixel(c.target, *c.First(), *c.Second()); }},
+    {"AlphaBlend", CanBlend, [](Call& c) { return c.target.AlphaBlend(c.First(), c.Second(), c.alpha); },
+     [](Call& c) { reference::AlphaBlend(c.target, *c.First(), *c.Second(), c.alpha); }},
+    {"TransparentBlend", CanBlend,
+     [](Call& c) { return c.target.TransparentBlend(c.First(), c.Second(), c.key[2], c.key[1], c.key[0]); },
+     [](Call& c)
+     { reference::TransparentBlend(c.target, *c.First(), *c.Second(), c.key[2], c.key[1], c.key[0]); }},
+    {"ShadePerPixel", CanBlend,
+     [](Call& c) { return c.target.ShadePerPixel(c.First(), c.Second(), c.strength); },
+     [](Call& c) { reference::ShadePerPixel(c.target, *c.First(), *c.Second(), c.strength); }},
+    {"SetAlphaPlane", [](Call& c) { return IsQuad(c) && FitsTarget(c, c.First(), 8); },
+     [](Call& c) { return c.target.SetAlphaPlane(c.First()); },
+     [](Call& c) { reference::SetAlphaPlane(c.target, *c.First()); }, kSameSize, 32, 8},
+    {"TransparentAlpha", IsQuad,
+     [](Call& c) { return c.target.TransparentAlpha(c.key[2], c.key[1], c.key[0], c.flag); },
+     [](Call& c) { reference::TransparentAlpha(c.target, c.key[2], c.key[1], c.key[0], c.flag); }, kSameSize,
+     32},
+    {"ColorMix", IsQuad, [](Call& c) { return c.target.ColorMix(c.red, c.green, c.blue, c.weight); },
+     [](Call& c) { reference::ColorMix(c.target, c.red, c.green, c.blue, c.weight); }, kSameSize, 32},
+    {"AlphaAlpha and resetAlpha", IsQuad,
+     [](Call& c) { return c.flag ? c.target.resetAlpha() : c.target.AlphaAlpha(c.alpha); },
+     [](Call& c) { reference::AlphaAlpha(c.target, c.flag ? 255 : c.alpha); }, kSameSize, 32},
+    {"ChangeToTrueColor", [](Call& c) { return c.target.BitCount() != 0; },
+     [](Call& c) { return c.target.ChangeToTrueColor(c.flag); },
+     [](Call& c) { reference::ChangeToTrueColor(c.target, c.flag); }, kSameSize, kAny},
+    {"Clone",
+     [](Call& c)
+     {
+         return CanCopy(c) && HasPixel(c.first, c.left, c.top) && c.left <= c.right &&
+                c.right <= c.first.Width() && c.top <= c.bottom && c.bottom <= c.first.Height();
+     },
+     [](Call& c) { return c.target.Clone(c.Other(), c.left, c.top, c.right, c.bottom); },
+     [](Call& c) { reference::Clone(c.target, c.first, c.left, c.top, c.right, c.bottom); }, kScaled},
+    {"CopyRect",
+     [](Call& c)
+     {
+         return CanCopy(c) && c.target.BitCount() == c.first.BitCount() &&
+                HasPixel(c.target, c.destX, c.destY) && HasPixel(c.first, c.left, c.top);
+     },
+     [](Call& c)
+     {
+         if (c.flag || c.firstRole == 0)
+             return c.target.CopyRect(c.destX, c.destY, c.Other(), c.left, c.top, c.columns, c.bottom);
+         return c.target.CopyRect(c.destX, c.destY, RawPixels(c.first).data(), c.first.Width(),
+                                  c.first.Height(), c.first.BitCount(), c.left, c.top, c.columns, c.bottom);
+     },
+     [](Call& c)
+     { reference::CopyRect(c.target, c.destX, c.destY, c.first, c.left, c.top, c.columns, c.bottom); },
+     kScaled},
+    {"Resize", [](Call& c) { return CanCopy(c) && (HasPixel(c.first, 0, 0) || !HasPixel(c.target, 0, 0)); },
+     [](Call& c) { return c.target.Resize(c.Other()); },
+     [](Call& c)
+     {
+         c.first.SetupInterpolMethod(c.target.GetInterpolMethod());
+         reference::Resize(c.target, c.first, c.target.GetInterpolMethod());
+     },
+     kScaled}};
+
+// A picture whose bytes, padding too, follow from the input: random, multiples of 18 (cubic at whole factors
+// puts them between two bytes), two values, a gradient, stripes. 0 bits give an empty image.
+CTarvexDib MakePicture(Input& input, int width, int height, int bits)
+{
+    const unsigned pattern = input.Byte(), step = input.Byte();
+    if (bits == 0)
+        return {};
+    std::minstd_rand random(1 + pattern + 256 * step);
+    const int table = bits > 8 ? 0 : 1 + static_cast<int>(random() % (1U << bits));
+    Bytes packed = BlankPacked(width, height, bits, table, table);
+    for (std::size_t i = 40; i < packed.size(); ++i)
+    {
+        const std::size_t dice = random() >> 8, pair = dice % 2 * (step % 2 == 0 ? 255 : 1);
+        const std::size_t values[] = {dice, dice % 15 * 18, pair, step * i / 16,
+                                      i / (1 + step % 8) % 2 * 255};
+        packed[i] = static_cast<unsigned char>(values[pattern % std::size(values)]);
+    }
+    return FromPacked(packed);
+}
+
+int MakeDepth(Input& input, int wanted)
+{
+    constexpr int kDepths[] = {0, 1, 4, 8, 16, 24, 32};
+    const int byte = input.Byte();
+    if (wanted == kAny || byte % 16 == 0)
+        return kDepths[byte / 16 % 7];
+    return wanted != kTrueColor ? wanted : byte % 2 == 0 ? 24 : 32;
+}
+
+// The lengths of a source and a target along one axis, about `length` where it is the longer one.
+struct Scale
+{
+    Scale(Input& input, int length)
+    {
+        const int kind = input.Below(5), number = input.Byte();
+        const int ratios[][2] = {{1 + number % 17, 1},
+                                 {1, 1 + number % 17},
+                                 {1 + number / 8, 3 + 2 * (number % 8)},
+                                 {1 + number / 7, 2 << number % 7},
+                                 {1 + number % 29, 1 + number / 8}};
+        const auto& [source, target] = ratios[kind];
+        const int times = std::max(length / std::max(source, target), 1);
+        from = times * source;
+        to = times * target;
+    }
+
+    int from, to;
+};
+
+// Mostly 0 to `limit`, sometimes beyond or as far away as an int reaches.
+int Near(Input& input, int limit)
+{
+    const int outside[] = {-1, limit + (limit < INT_MAX), INT_MIN, INT_MIN + 1, INT_MAX};
+    const int byte = input.Byte();
+    return byte >= 240 ? outside[byte % 5] : static_cast<int>(byte * (std::int64_t{limit} + 1) / 240);
+}
+
+Call MakeCall(Input& input, const Operation& operation)
+{
+    // Every fourth target or source is wide, with few rows; some have no columns or no rows.
+    const bool isWide = input.Below(4) == 0;
+    const int columns = isWide ? 1000 + 4 * input.Byte() : 1 + input.Below(72);
+    const int rows = isWide ? 1 : 1 + input.Below(24), odd = input.Below(64);
+    Input again = input; // gives y the scale of x
+    const Scale x(input, columns), y(input.Below(2) == 0 ? again : input, rows);
+    const int toX = odd == 0 ? 0 : x.to;
+    const int toY = odd == 1 ? 0 : std::min(y.to, 1 + 4000 / x.to);
+    const int fromX = odd == 2 ? 0 : operation.isScaled ? x.from : toX + (odd == 4);
+    const int fromY = odd == 3             ? 0
+                      : operation.isScaled ? std::min(y.from, 1 + 30000 / x.from)
+                                           : toY + (odd == 5);
+    const auto fraction = [&] { return static_cast<float>(Near(input, 9)) / 9.0F; };
+
+    Call c = {.target = MakePicture(input, toX, toY, MakeDepth(input, operation.targetBits)),
+              .first = MakePicture(input, fromX, fromY, MakeDepth(input, operation.firstBits)),
+              .second = MakePicture(input, toX + (odd == 6), toY + (odd == 7), MakeDepth(input, kTrueColor)),
+              .firstRole = input.Below(6),
+              .secondRole = input.Below(6),
+              .right = Near(input, fromX),
+              .bottom = Near(input, fromY),
+              .left = Near(input, c.right),
+              .top = Near(input, c.bottom),
+              .destX = Near(input, toX - 1),
+              .destY = Near(input, toY - 1),
+              .columns = Near(input, fromX),
+              .strength = input.Below(3) == 0 ? 100 : Near(input, 99),
+              .red = fraction(),
+              .green = fraction(),
+              .blue = fraction(),
+              .weight = fraction(),
+              .alpha = input.Byte(),
+              .flag = input.Below(2) == 0};
+    c.target.SetupInterpolMethod(static_cast<CTarvexDib::InterpolMethod>(input.Below(3)));
+    const CTarvexDib& keyed = input.Below(2) == 0 ? c.target : c.first;
+    if (keyed.BitCount() >= 24 && HasPixel(keyed, 0, 0))
+        std::copy_n(keyed.GetPixelFast(0, 0), 3, c.key);
+    return c;
+}
+
+// Everything that can be seen of the images.
+Bytes State(const Call& c)
+{
+    Bytes state;
+    for (const CTarvexDib* const dib : {&c.target, &c.first, &c.second})
+    {
+        const Bytes packed = Packed(*dib);
+        state.insert(state.end(), packed.begin(), packed.end());
+        state.push_back(static_cast<unsigned char>(dib->GetInterpolMethod() + 4 * dib->PixelSize()));
+    }
+    return state;
+}
+
+void Check(const Operation& operation, const Call& call)
+{
+    Call expected(call);
+    const bool isAdmitted = operation.admits(expected);
+    if (isAdmitted)
+        operation.reference(expected);
+    const Bytes state = State(expected);
+    ForEachTarget(
         [&]
         {
-            CTarvexDib result(target);
-            Require(operation(result) == isAdmitted, std::string(name) + " says whether it is admitted");
-            Require(SameSize(result, expected), std::string(name) + " leaves the size");
-            Require(!HasPixels(target) || (result.BitCount() == expected.BitCount() &&
-                                           test::PixelBytes(result) == test::PixelBytes(expected)),
-                    std::string(name) + " gives the pixels of its definition");
-            if (!isAdmitted)
-                Require(test::Packed(result) == test::Packed(target), std::string(name) + " changes nothing");
+            Call result(call);
+            Require(operation.run(result) == isAdmitted,
+                    std::string(operation.name) + " is refused where it has to be");
+            Require(State(result) == state,
+                    std::string(operation.name) + " gives the bytes of its reference");
         });
-}
-
-// A picture of 8, 24 or 32 bits with the bytes of the input, again and again.
-CTarvexDib Made(int width, int height, int bits, const Bytes& bytes, unsigned seed)
-{
-    CTarvexDib dib;
-    dib.Create(width, height, bits);
-    unsigned i = seed;
-    for (int row = 0; row < (width == 0 ? 0 : height); ++row)
-        for (int at = 0; at < dib.BytesPerScanLine(); ++at, ++i)
-            dib.GetScanLine(row)[at] =
-                static_cast<unsigned char>(bytes.empty() ? i : bytes[i % bytes.size()] ^ (i >> 7));
-    return dib;
-}
-
-int Depth(Input& controls)
-{
-    const int depths[] = {8, 24, 32, 32};
-    return depths[controls.Below(4)];
-}
-
-float Fraction(Input& controls)
-{
-    const float special[] = {0.0F,
-                             1.0F,
-                             -1.0F,
-                             2.0F,
-                             std::numeric_limits<float>::quiet_NaN(),
-                             std::numeric_limits<float>::infinity()};
-    const unsigned byte = controls.Byte();
-    return byte < std::size(special) ? special[byte] : static_cast<float>(byte) / 251.0F;
-}
-
-// Likely 0 to `limit`, sometimes just outside or far away.
-int Near(Input& controls, int limit)
-{
-    const int outside[] = {
-        -1, -2, INT32_MIN, INT32_MAX, 1000, std::min(limit, 9999) + 1, 4 + std::min(limit, 9999)};
-    const int byte = controls.Byte();
-    return byte >= 240 ? outside[byte % 7] : byte % (std::clamp(limit, 0, 199) + 1);
-}
-
-void CheckBlends(const CTarvexDib& target, const CTarvexDib& a, const CTarvexDib& b, Input controls)
-{
-    // Sources: a and b, the target itself, or none.
-    const int which = controls.Byte();
-    const auto pick = [](const CTarvexDib& to, const CTarvexDib& other, int choice) {
-        return choice == 0 ? &to : choice == 1 ? nullptr : &other;
-    };
-    const auto first = [&](const CTarvexDib& to) { return pick(to, a, which % 8); };
-    const auto second = [&](const CTarvexDib& to) { return pick(to, b, which / 8 % 8); };
-    const CTarvexDib *const s1 = first(target), *const s2 = second(target);
-    const bool isAdmitted = s1 != nullptr && s2 != nullptr && IsTrueColor(target) && IsTrueColor(*s1) &&
-                            IsTrueColor(*s2) && SameSize(target, *s1) && SameSize(target, *s2);
-
-    const unsigned char alpha = controls.Byte();
-    const int strengths[] = {0, 50, 100, -100, -101, 101, 1000, -7};
-    const int choice = controls.Byte();
-    const int strength = choice < 8 ? strengths[choice] : choice % 101;
-    Check(
-        "AlphaBlendPerPixel", target, isAdmitted && s1->BitCount() == 32,
-        [&](CTarvexDib& to) { return to.AlphaBlendPerPixel(first(to), second(to)); },
-        [&](CTarvexDib& to) { reference::AlphaBlendPerPixel(to, *first(to), *second(to)); });
-    Check(
-        "AlphaBlend", target, isAdmitted,
-        [&](CTarvexDib& to) { return to.AlphaBlend(first(to), second(to), alpha); },
-        [&](CTarvexDib& to) { reference::AlphaBlend(to, *first(to), *second(to), alpha); });
-    Check(
-        "ShadePerPixel", target, isAdmitted,
-        [&](CTarvexDib& to) { return to.ShadePerPixel(first(to), second(to), strength); },
-        [&](CTarvexDib& to) { reference::ShadePerPixel(to, *first(to), *second(to), strength); });
-
-    // A key that stands somewhere in the picture.
-    const int x = controls.Byte(), y = controls.Byte();
-    unsigned char key[3] = {};
-    if (isAdmitted && HasPixels(target))
-        std::copy_n(s1->GetPixelFast(x % target.Width(), y % target.Height()), 3, key);
-    Check(
-        "TransparentBlend", target, isAdmitted,
-        [&](CTarvexDib& to) { return to.TransparentBlend(first(to), second(to), key[2], key[1], key[0]); },
-        [&](CTarvexDib& to)
-        { reference::TransparentBlend(to, *first(to), *second(to), key[2], key[1], key[0]); });
-
-    const bool hasAlpha = target.BitCount() == 32, opaqueOthers = alpha % 2 == 1;
-    Check(
-        "TransparentAlpha", target, hasAlpha,
-        [&](CTarvexDib& to) { return to.TransparentAlpha(key[2], key[1], key[0], opaqueOthers); },
-        [&](CTarvexDib& to) { reference::TransparentAlpha(to, key[2], key[1], key[0], opaqueOthers); });
-    Check(
-        "SetAlphaPlane", target, s1 != nullptr && hasAlpha && s1->BitCount() == 8 && SameSize(target, *s1),
-        [&](CTarvexDib& to) { return to.SetAlphaPlane(first(to)); },
-        [&](CTarvexDib& to) { reference::SetAlphaPlane(to, *first(to)); });
-    Check(
-        "AlphaAlpha", target, hasAlpha, [&](CTarvexDib& to) { return to.AlphaAlpha(alpha); },
-        [&](CTarvexDib& to) { reference::AlphaAlpha(to, alpha); });
-    Check(
-        "resetAlpha", target, hasAlpha, [](CTarvexDib& to) { return to.resetAlpha(); },
-        [](CTarvexDib& to) { reference::AlphaAlpha(to, 255); });
-
-    const float red = Fraction(controls), green = Fraction(controls), blue = Fraction(controls),
-                weight = Fraction(controls);
-    Check(
-        "ColorMix", target, hasAlpha, [&](CTarvexDib& to) { return to.ColorMix(red, green, blue, weight); },
-        [&](CTarvexDib& to) { reference::ColorMix(to, red, green, blue, weight); });
-}
-
-// From one image to another of any size.
-void CheckRegions(const CTarvexDib& target, const CTarvexDib& source, const Bytes& raw, Input controls)
-{
-    const bool isTrueColor = IsTrueColor(target) && IsTrueColor(source);
-    for (const auto method :
-         {CTarvexDib::InterpolNearest, CTarvexDib::InterpolBiLinear, CTarvexDib::InterpolCubic})
-        Check(
-            "Resize", target, isTrueColor && (!HasPixels(target) || HasPixels(source)),
-            [&](CTarvexDib& to)
-            {
-                CTarvexDib from(source);
-                to.SetupInterpolMethod(method);
-                const bool isDone = to.Resize(from);
-                Require(test::Packed(from) == test::Packed(source), "Resize leaves its source");
-                Require(!isDone || from.GetInterpolMethod() == method, "the source takes the method");
-                return isDone;
-            },
-            [&](CTarvexDib& to) { reference::Resize(to, source, method); });
-
-    const int width = source.Width(), height = source.Height();
-    const int left = Near(controls, width - 1), top = Near(controls, height - 1);
-    const int right = Near(controls, width), bottom = Near(controls, height);
-    Check(
-        "Clone", target,
-        isTrueColor && left >= 0 && left < width && right >= left && right <= width && top >= 0 &&
-            top < height && bottom >= top && bottom <= height,
-        [&](CTarvexDib& to) { return to.Clone(source, left, top, right, bottom); },
-        [&](CTarvexDib& to) { reference::Clone(to, source, left, top, right, bottom); });
-
-    const int destX = Near(controls, target.Width() - 1), destY = Near(controls, target.Height() - 1);
-    const int columns = Near(controls, width), rowEnd = Near(controls, height);
-    const int someColumns = std::clamp(columns, -1, 10000);
-    const auto isPixel = [](int x, int y, int inWidth, int inHeight)
-    { return x >= 0 && y >= 0 && x < inWidth && y < inHeight; };
-    const bool isTarget = isPixel(destX, destY, target.Width(), target.Height());
-    Check(
-        "CopyRect", target,
-        isTrueColor && target.BitCount() == source.BitCount() && isTarget &&
-            isPixel(left, top, width, height),
-        [&](CTarvexDib& to) { return to.CopyRect(destX, destY, source, left, top, columns, rowEnd); },
-        [&](CTarvexDib& to)
-        { reference::CopyRect(to, destX, destY, source, left, top, someColumns, rowEnd); });
-
-    const int rawWidth = controls.Byte() % 40;
-    const int rawHeight =
-        rawWidth == 0 ? 5 : static_cast<int>(raw.size()) / (rawWidth * std::max(target.PixelSize(), 1));
-    Bytes pixels(raw.begin(),
-                 raw.begin() + static_cast<std::ptrdiff_t>(rawWidth) * rawHeight * target.PixelSize());
-    Check(
-        "CopyRect from memory", target,
-        IsTrueColor(target) && isTarget && isPixel(left, top, rawWidth, rawHeight),
-        [&](CTarvexDib& to)
-        {
-            return to.CopyRect(destX, destY, pixels.data(), rawWidth, rawHeight, to.BitCount(), left, top,
-                               columns, rowEnd);
-        },
-        [&](CTarvexDib& to)
-        {
-            reference::CopyRect(to, destX, destY, pixels.data(), rawWidth, rawHeight, left, top, someColumns,
-                                rowEnd);
-        });
-    Check(
-        "CopyRect at another depth", target, false,
-        [&](CTarvexDib& to)
-        {
-            return to.CopyRect(destX, destY, pixels.data(), rawWidth, rawHeight, to.BitCount() ^ 8, left, top,
-                               columns, rowEnd) ||
-                   to.CopyRect(0, 0, to, 0, 0, columns, rowEnd) || to.Resize(to) || to.Clone(to, 0, 0, 1, 1);
-        },
-        nullptr);
-}
-
-int FullTable(const CTarvexDib& dib)
-{
-    return dib.BitCount() <= 8 ? 1 << dib.BitCount() : 0;
-}
-
-void CheckColors(const CTarvexDib& dib, Input controls)
-{
-    for (const int bits : {24, 32})
-    {
-        const bool stays = dib.BitCount() >= bits;
-        const bool fits = (std::int64_t{dib.Width()} * bits + 31) / 32 * 4 <= INT32_MAX; // without rows, too
-        Check(
-            "ChangeToTrueColor", dib, stays || fits,
-            [&](CTarvexDib& to)
-            {
-                const bool isDone = to.ChangeToTrueColor(bits == 32);
-                Require(stays || !isDone || to.GetDibLength() == 40 + to.BytesPerScanLine() * to.Height(),
-                        "no colours are left");
-                return isDone;
-            },
-            [&](CTarvexDib& to)
-            {
-                if (to.BitCount() <= 8) // what the file's table lacks is black
-                    to.SetColorTable(to.GetColorTable(), FullTable(to));
-                if (!stays)
-                    reference::ChangeToTrueColor(to, bits == 32);
-            });
-    }
-
-    const int count = Near(controls, FullTable(dib)), from = controls.Below(3);
-    std::vector<tagRGBQUAD> colors(256);
-    for (tagRGBQUAD& color : colors)
-        color = {controls.Byte(), controls.Byte(), controls.Byte(), controls.Byte()};
-    CTarvexDib changed(dib);
-    const bool isAdmitted =
-        dib.BitCount() <= 8 && count >= 0 && count <= FullTable(dib) && (from != 1 || count == 0);
-    const tagRGBQUAD* const table = from == 0 ? colors.data() : from == 1 ? nullptr : changed.GetColorTable();
-    const Bytes before = test::Packed(dib);
-    Require(changed.SetColorTable(table, count) == isAdmitted, "SetColorTable says whether it is admitted");
-    if (!isAdmitted)
-        Require(test::Packed(changed) == before, "SetColorTable changes nothing");
-    else
-    {
-        Require(changed.GetDibLength() == 40 + 4 * count + dib.BytesPerScanLine() * dib.Height() &&
-                    test::PixelBytes(changed) == test::PixelBytes(dib),
-                "SetColorTable leaves the pixels");
-        const auto* const bytes = reinterpret_cast<const unsigned char*>(changed.GetColorTable());
-        const auto* const given = reinterpret_cast<const unsigned char*>(colors.data());
-        Require(from != 0 || std::equal(bytes, bytes + 4 * count, given), "SetColorTable copies the colours");
-
-        CTarvexDib other = Made(3, 2, 8, {}, 0);
-        other.CopyColorsFromDib(changed);
-        Require(other.GetDibLength() == 40 + 4 * count + 8 &&
-                    std::equal(bytes, bytes + 4 * count,
-                               reinterpret_cast<const unsigned char*>(other.GetColorTable())),
-                "CopyColorsFromDib copies the colours");
-    }
-
-    CTarvexDib assigned = Made(3, 2, 8, {}, 0);
-    assigned = dib;
-    Require(HasPixels(dib) ? test::Packed(assigned) == before : assigned.BitCount() == 0,
-            "assignment copies");
-}
-
-void CheckAll(const CTarvexDib& dib, const Bytes& bytes, Input controls)
-{
-    const int other = controls.Byte();
-    const int width = dib.Width() + (other % 16 == 1 ? 1 : 0); // seldom another size
-    const bool isFlat = !HasPixels(dib);
-    const CTarvexDib a = Made(isFlat ? 0 : width, isFlat ? 7 : dib.Height(), Depth(controls), bytes, 5);
-    const CTarvexDib b =
-        Made(isFlat ? 0 : dib.Width(), isFlat ? 7 : dib.Height(), Depth(controls), bytes, 99);
-    const int bits = Depth(controls);
-    const int columns = controls.Below(64);
-    const CTarvexDib c = Made(columns, controls.Byte() % (1 + kMaxPixels / (columns + 1)), bits, bytes, 1);
-
-    CheckBlends(dib, a, b, controls);
-    CheckBlends(a, dib, b, controls);
-    CheckRegions(dib, c, bytes, controls);
-    CheckRegions(c, dib, bytes, controls);
-    CheckColors(dib, controls);
 }
 
 } // namespace
 
 void property::Image(Input input)
 {
-    const Bytes controlBytes = input.Take(kControlBytes);
-    Input controls(controlBytes.data(), controlBytes.size());
-    Bytes file = Affordable(input.Rest());
-
-    CTarvexDib dib;
-    const int way = controls.Byte();
-    if (way % 3 == 0)
-        dib.Load(Scratch(file).c_str());
-    else if (way % 3 == 1)
+    constexpr int kOperationCount = static_cast<int>(std::size(kOperations));
+    for (int i = 0; i < kMaxCalls && !input.IsEmpty(); ++i)
     {
-        const test::File stream(std::fopen(Scratch(file).c_str(), "rb"), std::fclose);
-        dib.Load(stream.get());
+        const int choice = std::min(input.Below(kOperationCount * 3 / 2), kOperationCount - 1);
+        Check(kOperations[choice], MakeCall(input, kOperations[choice]));
     }
-    else if (file.size() > 14)
-        dib.Load(file.data() + 14, static_cast<int>(file.size() - 14));
-    if (dib.BitCount() == 0 || std::int64_t{dib.Width()} * dib.Height() > kMaxPixels)
-        return;
-
-    CheckAll(dib, file, controls);
-    CTarvexDib trueColor(dib);
-    if (!IsTrueColor(dib) && trueColor.ChangeToTrueColor(way % 2 == 0))
-        CheckAll(trueColor, file, controls);
 }

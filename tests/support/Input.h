@@ -72,20 +72,4 @@ inline std::string Scratch(const Bytes& bytes)
     return path;
 }
 
-/// Cuts the pixels off a BMP file that claims more than 64 KB of them, so that loading it is cheap.
-inline Bytes Affordable(Bytes file)
-{
-    const auto number = [&](std::size_t at)
-    {
-        std::uint32_t value = 0;
-        for (std::size_t i = 0; i < 4; ++i)
-            value |= std::uint32_t{file[at + i]} << (8 * i);
-        return value;
-    };
-    if (file.size() < 54 || double{1} * number(18) * number(22) * (file[28] | file[29] << 8) <= 8 * 65536.0)
-        return file;
-    file.resize(std::min<std::size_t>(file.size(), std::max(number(10), 54U)));
-    return file;
-}
-
 } // namespace test

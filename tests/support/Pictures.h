@@ -44,6 +44,21 @@ inline void WriteBytes(unsigned char* at, const Bytes& bytes)
     std::copy(bytes.begin(), bytes.end(), at);
 }
 
+/// The little-endian number of `width` bytes at `at`.
+inline std::uint32_t Number(const Bytes& bytes, std::size_t at, std::size_t width = 4)
+{
+    std::uint32_t number = 0;
+    for (std::size_t i = 0; i < width; ++i)
+        number |= std::uint32_t{bytes[at + i]} << (8 * i);
+    return number;
+}
+
+inline void PutNumber(Bytes& bytes, std::size_t at, std::uint32_t number, std::size_t width = 4)
+{
+    for (std::size_t i = 0; i < width; ++i)
+        bytes[at + i] = static_cast<unsigned char>(number >> (8 * i));
+}
+
 /// The whole pixel array, padding included.
 inline Bytes PixelBytes(const CTarvexDib& dib)
 {
@@ -51,6 +66,7 @@ inline Bytes PixelBytes(const CTarvexDib& dib)
     return Bytes(bits, bits + static_cast<std::ptrdiff_t>(dib.BytesPerScanLine()) * dib.Height());
 }
 
+/// Header, colours and pixels; nothing for an empty image.
 inline Bytes Packed(const CTarvexDib& dib)
 {
     Bytes packed(static_cast<std::size_t>(dib.GetDibLength()));
@@ -58,56 +74,56 @@ inline Bytes Packed(const CTarvexDib& dib)
     return packed;
 }
 
-/// A picture of 8, 24 or 32 bits with random bytes everywhere, in padding and alpha too.
-inline CTarvexDib RandomPicture(int width, int height, int bits)
+/// The packed form of any depth: a header, then `table` colours and the pixels, all zero.
+inline Bytes BlankPacked(int width, int height, int bits, int clrUsed, int table)
 {
-    CTarvexDib dib;
-    dib.Create(width, height, bits);
-    const Bytes bytes = RandomBytes(PixelBytes(dib).size());
-    std::copy(bytes.begin(), bytes.end(), dib.GetScanLine(0));
-    return dib;
-}
-
-/// The packed form of any depth: header fields, `table` random colours, random pixels.
-inline Bytes RandomPacked(int width, int height, int bits, int clrUsed, int table)
-{
-    const int rowBytes = (width * bits + 31) / 32 * 4;
-    Bytes packed = RandomBytes(static_cast<std::size_t>(40 + 4 * table + rowBytes * height));
-    BITMAPINFOHEADER header = {};
-    header.biSize = 40;
-    header.biWidth = width;
-    header.biHeight = height;
-    header.biPlanes = 1;
-    header.biBitCount = static_cast<std::uint16_t>(bits);
-    header.biClrUsed = static_cast<std::uint32_t>(clrUsed);
-    std::copy_n(reinterpret_cast<const unsigned char*>(&header), sizeof header, packed.begin());
+    Bytes packed(static_cast<std::size_t>(40 + 4 * table + (width * bits + 31) / 32 * 4 * height));
+    packed[0] = 40;
+    PutNumber(packed, 4, static_cast<std::uint32_t>(width));
+    PutNumber(packed, 8, static_cast<std::uint32_t>(height));
+    packed[12] = 1;
+    packed[14] = static_cast<unsigned char>(bits);
+    PutNumber(packed, 32, static_cast<std::uint32_t>(clrUsed));
     return packed;
 }
 
-inline CTarvexDib FromPacked(Bytes packed)
+inline Bytes RandomPacked(int width, int height, int bits, int clrUsed, int table)
+{
+    Bytes packed = BlankPacked(width, height, bits, clrUsed, table);
+    WriteBytes(packed.data() + 40, RandomBytes(packed.size() - 40));
+    return packed;
+}
+
+/// Loads from a buffer that ends where the packed form does, so that a sanitizer sees any read beyond it.
+inline bool LoadPacked(CTarvexDib& dib, Bytes packed)
+{
+    packed.shrink_to_fit();
+    return dib.Load(packed.data(), static_cast<int>(packed.size()));
+}
+
+inline CTarvexDib FromPacked(const Bytes& packed)
 {
     CTarvexDib dib;
-    dib.Load(packed.data(), static_cast<int>(packed.size()));
+    LoadPacked(dib, packed);
     return dib;
 }
 
-/// A BMP file around the packed form; its pixels start behind `table` colours.
-inline Bytes FileAround(const Bytes& packed, int table)
+/// A picture of any depth with random bytes everywhere, in padding and alpha too.
+inline CTarvexDib RandomPicture(int width, int height, int bits)
 {
-    const auto offset = static_cast<unsigned>(54 + 4 * table);
-    Bytes file = {'B', 'M', 1, 2, 3, 4, 5, 6, 7, 8};
-    for (unsigned shift = 0; shift < 32; shift += 8)
-        file.push_back(static_cast<unsigned char>(offset >> shift));
-    file.insert(file.end(), packed.begin(), packed.end());
-    return file;
+    const int table = bits <= 8 ? 1 << bits : 0;
+    return FromPacked(RandomPacked(width, height, bits, table, table));
 }
 
-inline bool LoadBytes(CTarvexDib& dib, const Bytes& bytes)
+/// A BMP file of the packed form, whose pixels start after `table` colours.
+inline Bytes FileAround(const Bytes& packed, int table)
 {
-    const File file(std::tmpfile(), std::fclose);
-    std::fwrite(bytes.data(), 1, bytes.size(), file.get());
-    std::rewind(file.get());
-    return dib.Load(file.get());
+    Bytes file(14 + packed.size(), 9); // neither the file's size nor the reserved words matter
+    file[0] = 'B';
+    file[1] = 'M';
+    PutNumber(file, 10, static_cast<std::uint32_t>(54 + 4 * table));
+    WriteBytes(file.data() + 14, packed);
+    return file;
 }
 
 /// A folder that lives as long as this object.
@@ -116,7 +132,7 @@ class TemporaryFolder
 public:
     TemporaryFolder()
     {
-        std::filesystem::remove_all(m_path); // of a process that had this number before
+        std::filesystem::remove_all(m_path); // left by an earlier process of the same number
         std::filesystem::create_directories(m_path);
     }
     ~TemporaryFolder() { std::filesystem::remove_all(m_path); }
@@ -141,21 +157,6 @@ inline void WriteFile(const std::string& path, const Bytes& bytes)
 {
     std::ofstream(path, std::ios::binary)
         .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
-inline bool HasPixels(const CTarvexDib& dib)
-{
-    return dib.Width() > 0 && dib.Height() > 0;
-}
-
-inline bool IsTrueColor(const CTarvexDib& dib)
-{
-    return dib.BitCount() >= 24;
-}
-
-inline bool SameSize(const CTarvexDib& a, const CTarvexDib& b)
-{
-    return a.Width() == b.Width() && a.Height() == b.Height();
 }
 
 } // namespace test

@@ -2,33 +2,28 @@
 
 #include "kernels/Kernels.h"
 
-#include <vector>
-
 namespace test
 {
 
-/// The sets of row kernels that this processor can run.
-inline std::vector<const zel::KernelTable*> Targets()
-{
-    std::vector<const zel::KernelTable*> sets = {&zel::kScalarKernels};
-#if defined(__x86_64__) || defined(__i386__)
-    sets.push_back(&zel::kSse2Kernels);
-    if (__builtin_cpu_supports("avx2"))
-        sets.push_back(&zel::kAvx2Kernels);
-#endif
-    return sets;
-}
-
-/// Runs `use` by each of them.
+/// Calls `use` with every kernel table that this processor can run, then lets the library choose again, also
+/// where `use` throws.
 template <typename Use>
 void ForEachTarget(const Use& use)
 {
-    for (const zel::KernelTable* const set : Targets())
+    const struct Restore
     {
-        zel::SetKernelsForTest(set);
-        use();
-    }
-    zel::SetKernelsForTest(nullptr);
+        ~Restore() { zel::SetKernelsForTest(nullptr); }
+    } restore;
+    zel::SetKernelsForTest(&zel::kScalarKernels);
+    use();
+#if defined(__x86_64__) || defined(__i386__)
+    zel::SetKernelsForTest(&zel::kSse2Kernels);
+    use();
+    if (!__builtin_cpu_supports("avx2"))
+        return;
+    zel::SetKernelsForTest(&zel::kAvx2Kernels);
+    use();
+#endif
 }
 
 } // namespace test
