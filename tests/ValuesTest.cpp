@@ -108,7 +108,7 @@ TEST(StdStr, TakesNullForTheEmptyTextAndClips)
     EXPECT_EQ(text.Mid(5, 6) + "," + text.Mid(-3, 4) + "," + text.Mid(15, INT_MAX), "buffer,ring,bits");
     EXPECT_EQ(text.Mid(5, -1) + text.Mid(INT_MAX, 1) + text.Mid(20) + text.Mid(INT_MIN), text);
     text = null;
-    for (const std::uintptr_t resource : {0, 1, 65535})
+    for (const std::uintptr_t resource : {std::uintptr_t{0}, std::uintptr_t{1}, std::uintptr_t{65535}})
         EXPECT_EQ(Str(reinterpret_cast<const char*>(resource)), text);
     EXPECT_LT(Str("z"), Str("\xDC"));
     EXPECT_EQ(Str(" \t\r\n\v\f\xE4 b ").TrimLeft() + Str(" \xE4 \t\r\n\v\f").TrimRight(), "\xE4 b  \xE4");

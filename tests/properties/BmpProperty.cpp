@@ -162,8 +162,9 @@ Bytes MakeFile(Input& input)
     const int clrUsed = input.Below(3) == 0 ? 0 : input.Below(full + 2);
     const int table = input.Below(2) == 0 ? clrUsed : std::max(full - 2 + input.Below(4), 0);
     Bytes packed = BlankPacked(input.Below(36), input.Below(5), bits, clrUsed, table);
-    std::generate(packed.begin() + 40, packed.end(),
-                  [value = input.Byte(), step = input.Byte()]() mutable { return value += step; });
+    const unsigned first = input.Byte(), step = input.Byte();
+    for (std::size_t i = 40; i < packed.size(); ++i)
+        packed[i] = static_cast<unsigned char>(first + i * step);
     Bytes file = FileAround(packed, table);
     for (int changes = input.Below(4); changes > 0; --changes)
         file[input.Byte() % 54] = input.Byte();
