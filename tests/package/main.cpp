@@ -1,4 +1,4 @@
-// A program of somebody who uses the library, with something of every kind that crosses its border.
+// A user's program, with something of every kind that crosses the library's border.
 #include <ZelUtil/ZelUtil.h>
 
 #include <cstdio>
@@ -7,50 +7,41 @@
 namespace
 {
 
-void Check(bool right, const char* what, bool& good)
+int faults = 0;
+
+void Check(bool holds, const char* what)
 {
-    if (right)
+    if (holds)
         return;
     std::fprintf(stderr, "wrong: %s\n", what);
-    good = false;
+    ++faults;
 }
 
-// Resamples a picture of 2 x 2 pixels to 4 x 4, saves that and loads it again.
-void CheckImages(bool& good)
+// Resamples 2 x 2 pixels to 4 x 4, saves the result and loads it again.
+void CheckImages()
 {
-    CTarvexDib source;
-    CTarvexDib view;
-    CTarvexDib loaded;
-    Check(source.Create(2, 2, 24) && view.Create(4, 4, 32), "Create", good);
-    const unsigned char colors[4][3] = {{1, 2, 3}, {11, 12, 13}, {21, 22, 23}, {31, 32, 33}};
+    CTarvexDib source, view, loaded;
+    Check(source.Create(2, 2, 24) && view.Create(4, 4, 32), "Create");
     for (int i = 0; i < 4; ++i)
-        std::memcpy(source.GetPixelFast(i % 2, i / 2), colors[i], 3);
-    Check(view.Resize(source), "Resize", good);
+        std::memset(source.GetPixelFast(i % 2, i / 2), 10 * i, 3);
+    Check(view.Resize(source), "Resize");
+    Check(view.Save("picture.bmp") && loaded.Load("picture.bmp"), "Save and Load");
+    Check(loaded.GetDibLength() == 40 + 4 * 4 * 4, "size");
 
     // The nearest source pixels of columns and rows 0 to 3 are 0, 1, 1, 1.
-    const unsigned char topRow[16] = {1,  2,  3,  255, 11, 12, 13, 255, //
-                                      11, 12, 13, 255, 11, 12, 13, 255};
-    const unsigned char bottomRow[16] = {21, 22, 23, 255, 31, 32, 33, 255, //
-                                         31, 32, 33, 255, 31, 32, 33, 255};
-    Check(view.Save("picture.bmp") && loaded.Load("picture.bmp"), "Save and Load", good);
-    Check(loaded.Width() == 4 && loaded.Height() == 4 && loaded.BitCount() == 32, "size", good);
-    Check(loaded.GetDibLength() == 40 + 4 * 4 * 4, "length", good);
-    if (good)
-    {
-        Check(std::memcmp(loaded.GetScanLine(3), topRow, 16) == 0, "top row", good);
-        Check(std::memcmp(loaded.GetScanLine(0), bottomRow, 16) == 0, "bottom row", good);
-    }
+    for (int i = 0; faults == 0 && i < 16; ++i)
+        Check(*loaded.GetPixelFast(i % 4, i / 4) == (i % 4 > 0 ? 10 : 0) + (i / 4 > 0 ? 20 : 0), "pixels");
 }
 
-// An error that the library throws and the program catches, by its type.
-void CheckErrors(bool& good)
+// The library throws an error and the program catches it by its type.
+void CheckErrors()
 {
     unsigned char last[16];
     std::memset(last, 0xFF, sizeof last);
     try
     {
         const ZelId beyond(last);
-        Check(false, "no error", good);
+        Check(false, "no error");
     }
     catch (const EOutOfBounds&)
     {
@@ -61,12 +52,11 @@ void CheckErrors(bool& good)
 
 int main()
 {
-    bool good = true;
-    CheckImages(good);
-    CheckErrors(good);
+    CheckImages();
+    CheckErrors();
     // The system's graphics calls, windows and libraries.
-    Check(CWinDib().CreateDDB() == nullptr, "CreateDDB", good);
-    Check(!OSDependant::IsWindowExisting(nullptr), "IsWindowExisting", good);
-    Check(OSDependant::LoadLib("no such library") == nullptr, "LoadLib", good);
-    return good ? 0 : 1;
+    Check(CWinDib().CreateDDB() == nullptr, "CreateDDB");
+    Check(!OSDependant::IsWindowExisting(nullptr), "IsWindowExisting");
+    Check(OSDependant::LoadLib("no such library") == nullptr, "LoadLib");
+    return faults == 0 ? 0 : 1;
 }

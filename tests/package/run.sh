@@ -1,16 +1,14 @@
 #!/usr/bin/env bash
-# Checks what users get: an installed copy, packages, or a part of their own project. Programs are built with each,
-# and run. What is installed and packed are the libraries of the presets.
+# Checks what users get: an installed copy, packages, or a part of their own project. Builds programs with each and
+# runs them. What is installed and packed are the libraries of the presets.
 source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/common.sh"
 
 need binutils cmake dpkg-dev file g++ g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix libxcb1-dev ninja-build pkgconf \
     unzip wine wine64
 work=$PWD/build/package
 rm -rf "$work"
-mkdir -p "$work/elsewhere"
+mkdir -p "$work"
 warnings="-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wold-style-cast -Werror"
-SOURCE_DATE_EPOCH=$(stat -c %Y CHANGELOG.md)
-export SOURCE_DATE_EPOCH
 
 fail() {
     echo "Packages: $*" >&2
@@ -22,43 +20,35 @@ quietly() {
     "$@" >"$work/log" 2>&1 || { cat "$work/log" >&2; fail "failed: $*"; }
 }
 
-# Builds the user's project: use NAME ARGUMENT... (for cmake)
+# Builds the user's project and runs its programs: use NAME ARGUMENT... (for cmake)
 use() {
     quietly cmake -S tests/package -B "$work/$1" -G Ninja -Werror=dev "${@:2}"
     quietly cmake --build "$work/$1"
-}
-
-use_and_run() {
-    use "$@"
-    quietly ctest --test-dir "$work/$1" --output-on-failure --no-tests=error
+    [ "$1" = mingw32 ] || # whose programs nothing here could run
+        quietly ctest --test-dir "$work/$1" --output-on-failure --no-tests=error
 }
 
 # Builds and runs its programs by pkg-config: use_pkg_config NAME LIBDIR
 use_pkg_config() {
     local program=$work/$1-pkg-config
-    export PKG_CONFIG_LIBDIR=$2/pkgconfig
-    mkdir "$program"
     local compile="g++ -std=c++20 $warnings -Wsign-conversion tests/package/main.cpp"
-    quietly $compile $(pkg-config --cflags --libs ZelUtil) -o "$program/shared"
-    quietly $compile $(pkg-config --static --cflags --libs ZelUtilStatic) -o "$program/static"
-    [[ $(readelf -d "$program/shared") = *'[libZelUtil.so.'[0-9]* ]] ||
-        fail "$program/shared does not ask for a version of the library"
-    [[ $(readelf -d "$program/static") != *libZelUtil* ]] || fail "$program/static needs the shared library"
-    (cd "$program" && LD_LIBRARY_PATH=$2 quietly ./shared && quietly ./static)
+    export PKG_CONFIG_LIBDIR=$2/pkgconfig
+    quietly $compile $(pkg-config --cflags --libs ZelUtil) -o "$program-shared"
+    quietly $compile $(pkg-config --static --cflags --libs ZelUtilStatic) -o "$program-static"
+    [[ $(readelf -d "$program-shared") = *'[libZelUtil.so.'[0-9]* ]] || fail "$1 asks for no version of the library"
+    [[ $(readelf -d "$program-static") != *libZelUtil* ]] || fail "$1 needs the shared library"
+    (cd "$work" && LD_LIBRARY_PATH=$2 quietly "$program-shared" && quietly "$program-static")
 }
 
-# Packs what a preset built, into TREE/build/package/packages: pack TREE PRESET GENERATOR ARGUMENT... (for cmake)
-pack() (
-    cd "$1"
-    quietly cmake --preset "$2" "${@:4}"
-    quietly cpack --config "build/$2/CPackConfig.cmake" -G "$3" -B "$PWD/build/package/packages"
-)
+# Packs what a preset built, into build/package/packages: pack PRESET GENERATOR ARGUMENT... (for cmake)
+pack() {
+    quietly cmake --preset "$1" "${@:3}"
+    quietly cpack --config "build/$1/CPackConfig.cmake" -G "$2" -B "$work/packages"
+}
 
-same() {
-    local file
-    for file in "$@"; do
-        cmp "$file" "$work/elsewhere/$file" || fail "$file differs when built elsewhere"
-    done
+# Checks that a Debian package depends on another: depends PACKAGE OTHER
+depends() {
+    [[ "$(dpkg-deb --field "$1" Depends), " = *"$2"* ]] || fail "$1 does not depend on $2"
 }
 
 echo "-- Headers, each alone"
@@ -69,68 +59,43 @@ done
 echo "-- Installed"
 quietly cmake --preset release -DCMAKE_INSTALL_PREFIX=/usr/local # which decides how folders are named
 quietly cmake --install build/release --prefix "$work/installed"
-use_and_run find_package -DCMAKE_PREFIX_PATH="$work/installed" -DCMAKE_CXX_FLAGS="$warnings"
+use find_package -DCMAKE_PREFIX_PATH="$work/installed" -DCMAKE_CXX_FLAGS="$warnings"
 use_pkg_config installed "$work/installed/lib"
 
 echo "-- Part of another project"
-use_and_run add_subdirectory -DZELUTIL_SOURCE="$PWD" -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS="$warnings" \
+use add_subdirectory -DZELUTIL_SOURCE="$PWD" -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS="$warnings" \
     -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
 flags=$(grep -m 1 '"command".*shared.dir/main.cpp' "$work/add_subdirectory/compile_commands.json")
 expected="c++ -I$PWD/include $warnings -g -std=gnu++20 -o CMakeFiles/shared.dir/main.cpp.o "
 [[ $flags = *"$expected"* ]] || fail "the library adds flags: $flags"
-tests=$(ctest --test-dir "$work/add_subdirectory" -N | sed -n 's/^Total Tests: //p')
-[ "$tests" = 2 ] || fail "the library adds tests: $tests, not 2"
-quietly cmake --install "$work/add_subdirectory" --prefix "$work/add_subdirectory/installed"
-[ "$(cd "$work/add_subdirectory/installed" && find . -type f -o -type l)" = ./bin/shared ] ||
-    fail "the library installs itself with its host"
-
-echo "-- Built elsewhere"
-tar -c --exclude=./build --exclude=./.git . | tar -x -C "$work/elsewhere"
-for preset in release mingw64; do
-    (
-        cd "$work/elsewhere"
-        quietly cmake --preset "$preset" -DZELUTIL_TESTS=OFF -DZELUTIL_EXAMPLES=OFF
-        quietly cmake --build --preset "$preset"
-    )
-done
-same build/release/libZelUtil.{a,so} build/mingw64/{bin/ZelUtil.dll,libZelUtil.a,libZelUtil.dll.a}
+[[ $(ctest --test-dir "$work/add_subdirectory" -N) = *'Total Tests: 2' ]] || fail "the library adds tests"
+quietly cmake --install "$work/add_subdirectory" --prefix "$work/host"
+[ "$(cd "$work/host" && find . -type f -o -type l)" = ./bin/shared ] || fail "the library installs itself with its host"
 
 echo "-- Packages for Debian and others"
-for tree in . "$work/elsewhere"; do
-    pack "$tree" release DEB -DCMAKE_INSTALL_PREFIX=/usr # where Debian has a folder for each processor
-    pack "$tree" release TGZ -DCMAKE_INSTALL_PREFIX=/usr/local
-done
-same build/package/packages/*.deb build/package/packages/*.tar.gz
-
+pack release DEB -DCMAKE_INSTALL_PREFIX=/usr # where Debian has a folder for each processor
+pack release TGZ -DCMAKE_INSTALL_PREFIX=/usr/local
 runtime=$(echo "$work"/packages/libzelutil[0-9]*.deb)
 development=$(echo "$work"/packages/libzelutil-dev_*.deb)
 dpkg -x "$runtime" "$work/root"
 [ -z "$(find "$work/root" -type f -not -name 'libZelUtil.so.*')" ] || fail "$runtime has more than programs run with"
 dpkg -x "$development" "$work/root"
-depends() {
-    [[ "$(dpkg-deb --field "$1" Depends), " = *"$2"* ]] || fail "$1 does not depend on $2"
-}
 for library in libc6 libgcc-s1 libstdc++6 libxcb1; do
     depends "$runtime" "$library"
 done
 depends "$development" "$(dpkg-deb --showformat='${Package} (= ${Version}), ' --show "$runtime")"
 depends "$development" "libxcb1-dev, "
-use_and_run deb -DCMAKE_PREFIX_PATH="$work/root/usr"
+use deb -DCMAKE_PREFIX_PATH="$work/root/usr"
 use_pkg_config deb "$work/root/usr/lib/$(dpkg-architecture --query DEB_HOST_MULTIARCH)"
-
 mkdir "$work/unpacked"
 tar -xf "$work"/packages/*.tar.gz -C "$work/unpacked" --strip-components 1
-use_and_run tar -DCMAKE_PREFIX_PATH="$work/unpacked"
+use tar -DCMAKE_PREFIX_PATH="$work/unpacked"
 
 echo "-- Packages for Windows"
 [ -n "${WINEPREFIX:-}" ] || start_wine
-pack . mingw64 ZIP
-pack "$work/elsewhere" mingw64 ZIP
-same build/package/packages/*.zip
-pack . mingw32 ZIP
-for preset in mingw64:x86_64 mingw32:i686; do
-    processor=${preset#*:}
-    preset=${preset%:*}
+for processor in i686 x86_64; do
+    [ $processor = i686 ] && preset=mingw32 || preset=mingw64
+    pack $preset ZIP
     unzip -q "$work/packages/ZelUtil-*-Windows-$processor.zip" -d "$work/unpacked-$preset"
     unpacked=$(echo "$work/unpacked-$preset"/*)
     "$processor-w64-mingw32-objdump" -p "$unpacked"/bin/*.dll >"$work/log"
@@ -139,12 +104,9 @@ for preset in mingw64:x86_64 mingw32:i686; do
     done
     mkdir "$work/$preset"
     cp "$unpacked"/bin/*.dll "$work/$preset"
-    user=(use)
-    [ "$preset" = mingw32 ] || user=(use_and_run)
-    "${user[@]}" "$preset" --toolchain "$PWD/cmake/$preset.cmake" -DZelUtil_DIR="$unpacked/lib/cmake/ZelUtil" \
+    use $preset --toolchain "$PWD/cmake/$preset.cmake" -DZelUtil_DIR="$unpacked/lib/cmake/ZelUtil" \
         -DCMAKE_CXX_FLAGS="$warnings"
 done
-unpacked=$(echo "$work"/unpacked-mingw64/*)
 quietly x86_64-w64-mingw32-g++-posix -std=c++20 -static $warnings -I"$unpacked/include" tests/package/load.cpp \
     -o "$work/load.exe"
 quietly wine "$work/load.exe" "$(winepath -w "$unpacked/bin/ZelUtil.dll")"
