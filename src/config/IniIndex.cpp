@@ -13,9 +13,9 @@ namespace
 {
 
 constexpr std::uint32_t kNone = UINT32_MAX;
-constexpr std::uint32_t kBucketsPerEntry = 2; // at least
+constexpr std::uint32_t kBucketsPerEntry = 2; // at least: their number is rounded up to a power of two
 
-// Keys of the same name have another hash in every section.
+// A key's hash depends on its section, so that equal names in different sections differ.
 std::uint32_t KeyHash(std::uint32_t nameHash, std::uint32_t section)
 {
     return nameHash + (section + 1) * 0x9E3779B1U;

@@ -8,8 +8,9 @@ namespace zel
 namespace
 {
 
-// The start of the first line from p on that contains a "["; the end of the text if there is none. Only these
-// lines can be section headers, and a search for one character is quicker than a walk over all lines.
+// The start of the first line from p on that contains a "[", or p itself where p is within that line; the end
+// of the text if there is none. Only these lines can be section headers, and a search for one character is
+// quicker than a walk over all lines.
 const char* LineWithBracket(const char* p)
 {
     const char* bracket = std::strchr(p, '[');
@@ -27,7 +28,7 @@ const char* NextLineWithBracket(const char* p)
     return line > p ? line : LineWithBracket(SkipLine(p));
 }
 
-// Where a key is tried next after one that did not match up to p: after a blank at p, or else on the next
+// Where a key is tried next after the comparison failed at p: after p if it is a blank, else on the next
 // line.
 const char* NextCandidate(const char* p)
 {

@@ -8,21 +8,18 @@
 #include <cstring>
 #include <numeric>
 
-// Which path Resize takes. All give the bytes that the sums of doubles in TarvexDib.h define.
+// Which path Resize takes, and why its bytes are those that the sums of doubles in TarvexDib.h define.
 //
-// method    scale                             path                    why it is exact
-// --------  --------------------------------  ----------------------
-// ------------------------------------------ nearest   any                               ScaleRows copies
-// pixels bilinear  source / target an integer on     ResizeDecimate          every weight is 0 or 1
-//           both axes
-// bilinear  denominators that multiply to     ResizeLinearFixedPoint  the sum of integers is the exact value;
-//           an odd number or a power of two                           FitsFixedPoint: rounding agrees
-//           up to 127
-// bilinear  any other                         ResizeLinearSeparable   floats with an error bound; what lies
-// cubic     any other                         ResizeCubicSeparable    within it is computed again in doubles
-// cubic     an integer on both axes, across   ResizeCubicInteger      the weights are (1, 4, 1) / 6; what
-// lies on
-//           at most 16                                                a border is computed again in doubles
+// - Nearest: ScaleRows. It copies pixels.
+// - Bilinear, no side longer than 32768, source / target an integer on both axes: ResizeDecimate. Every
+//   weight is 0 or 1, so it copies pixels.
+// - Bilinear, no side longer than 32768, the product of both denominators at most 127 and odd or a power of
+//   two: ResizeLinearFixedPoint. Sums of integers are exact, and FitsFixedPoint proves that the doubles round
+//   to the same byte.
+// - Cubic, source / target an integer on both axes, at most 16 across: ResizeCubicInteger. The weights are
+//   (1, 4, 1) / 6. A sum on a rounding border is computed again in doubles.
+// - Any other scale: ResizeLinearSeparable and ResizeCubicSeparable. Two float passes with a proven error
+//   bound; what lies within the bound of a rounding border is computed again in doubles.
 
 namespace zel
 {
@@ -30,9 +27,8 @@ namespace zel
 namespace
 {
 
-// Whether bilinear weights are integers over the product of both denominators that give the defined bytes.
-//
-// The exact value is then n / product. A rounding border is k + 1/2.
+// Whether ResizeLinearFixedPoint gives the defined bytes. It weights with integers over the product of both
+// denominators, so its value n / product has no rounding error. A rounding border is k + 1/2.
 // - Product odd: n / product is at least 1 / (2 * 127) away from a border, and the doubles err by far less.
 //   Their largest error is that of a y position: at most 32768 additions, each of which rounds by at most
 //   2^-39 (half an ulp of a number below 32768), err by 2^-24. An x position errs less. A value changes by at
@@ -90,9 +86,9 @@ void ResizeNearest(const ResizeJob& job)
 {
     const CTarvexDib& from = job.from;
     const auto columns = Tabulate(job.to.Width(), [&](int i)
-                                  { return NearestTap(i * job.stepX, from.Width(), from.PixelSize()); });
+                                  { return NearestOffset(i * job.stepX, from.Width(), from.PixelSize()); });
     const auto rows = TabulateRows(job.to.Height(), 0.0, job.stepY,
-                                   [&](double y) { return NearestTap(y, from.Height(), 1); });
+                                   [&](double y) { return NearestOffset(y, from.Height(), 1); });
     ScaleRows(job.to, from, columns.get(), rows.get(), job.channels, false);
 }
 

@@ -48,21 +48,22 @@ struct RationalScale
 void ResizeLinearSeparable(const ResizeJob& job);
 void ResizeCubicSeparable(const ResizeJob& job);
 
-/// Scales for which FitsFixedPoint in Resize.cpp holds.
+/// Scales for which FitsFixedPoint in Resize.cpp holds, other than integers on both axes.
 void ResizeLinearFixedPoint(const ResizeJob& job, const RationalScale& x, const RationalScale& y);
 
-/// Scales whose denominators are 1.
+/// Scales whose denominators are 1, with a numerator of at most 16 across.
 void ResizeCubicInteger(const ResizeJob& job, const RationalScale& x, const RationalScale& y);
 
 /// @}
 
-/// Fills `to` with pixels of `from`: the pixel in column i and row r is the `channels` bytes at
-/// columns[i] in row rows[r]. Where `to` has alpha and `from` has none, alpha stays, or becomes 255 when
-/// `opaque`.
+/// Fills `to` with pixels of `from`: the pixel in column i and row r is the `channels` bytes at the byte
+/// offset columns[i] in picture row rows[r]. Where `to` has alpha and `from` has none, alpha stays, or
+/// becomes 255 when `opaque`.
 void ScaleRows(const CTarvexDib& to, const CTarvexDib& from, const int* columns, const int* rows,
                int channels, bool opaque);
 
-/// A table of valueOf(0) to valueOf(count - 1). std::bad_alloc where memory runs out, on 32 bits too.
+/// A table of valueOf(0) to valueOf(count - 1). Throws std::bad_alloc if memory runs out, also
+/// where the size overflows on a 32-bit system.
 template <typename ValueOf>
 auto Tabulate(int count, const ValueOf& valueOf)
 {
@@ -73,8 +74,8 @@ auto Tabulate(int count, const ValueOf& valueOf)
     return table;
 }
 
-/// The y positions of `count` rows. They are defined by repeated addition from the top, so that they are
-/// found in this order, whatever the order of use.
+/// A table of valueOf(y) for each of `count` rows, from the top. The positions y are defined by repeated
+/// addition, so they are computed in this order even where the rows are used in another.
 template <typename ValueOf>
 auto TabulateRows(int count, double top, double step, const ValueOf& valueOf)
 {

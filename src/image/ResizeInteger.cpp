@@ -61,14 +61,14 @@ void ResizeCubicInteger(const ResizeJob& job, const RationalScale& x, const Rati
 {
     const CTarvexDib &to = job.to, &from = job.from;
     const int width = to.Width(), pixelSize = from.PixelSize(), step = x.numerator * pixelSize;
-    const Columns<CubicTap> columns(job, MakeCubicTap);
+    const Columns<CubicTaps> columns(job, MakeCubicTaps);
     const int stripColumns = std::min(kStripColumns, (kFilter141Bytes - 2 * pixelSize) / step);
     EstimatedStrip strip(job);
 
     const KernelTable& kernels = ActiveKernels();
     for (int row = to.Height() - 1; row >= 0; --row) // the order of memory
     {
-        const CubicTap rowTap = MakeCubicTap(row * static_cast<double>(y.numerator), from.Height(), 1);
+        const CubicTaps rowTap = MakeCubicTaps(row * static_cast<double>(y.numerator), from.Height(), 1);
         const auto fixUp = [&](int begin, const int* list, int count)
         { kernels.fixUpCubicPixels(MakeCubicFixUp(job, columns, begin, row, rowTap), list, count); };
         const int ends[] = {0, width - 1};

@@ -56,10 +56,10 @@ inline void StoreBgrKeepAlpha(unsigned char* dst, const unsigned char* bgr, int 
 }
 
 /// What the columns of a result read of a source row.
-template <typename Tap>
+template <typename Taps>
 struct Columns
 {
-    /// makeTap(position, length, step) makes a tap as MakeLinearTap and MakeCubicTap do.
+    /// makeTap(position, length, step) makes a tap as MakeLinearTaps and MakeCubicTaps do.
     template <typename MakeTap>
     Columns(const ResizeJob& job, const MakeTap& makeTap)
         : taps(Tabulate(job.to.Width(), [&](int i)
@@ -71,12 +71,12 @@ struct Columns
             --wideReadEnd;
     }
 
-    std::unique_ptr<Tap[]> taps;
+    std::unique_ptr<Taps[]> taps;
     int wideReadEnd; ///< from this column on, loading four bytes at a tap could leave the source row
 };
 
 /// Part of a row of the result: an estimate writes all pixels and marks those that it cannot decide, which
-/// are then computed exactly.
+/// are then computed in doubles, as defined.
 class EstimatedStrip
 {
 public:
@@ -129,8 +129,8 @@ private:
 };
 
 /// The pixels from column `begin` of row `row` on, for FixUpCubicPixels.
-inline CubicFixUp MakeCubicFixUp(const ResizeJob& job, const Columns<CubicTap>& columns, int begin, int row,
-                                 const CubicTap& rowTap)
+inline CubicFixUp MakeCubicFixUp(const ResizeJob& job, const Columns<CubicTaps>& columns, int begin, int row,
+                                 const CubicTaps& rowTap)
 {
     CubicFixUp result = {job.to.GetPixelFast(begin, row), job.to.PixelSize(),          {},          {},
                          columns.taps.get() + begin,      columns.wideReadEnd - begin, job.channels};

@@ -7,12 +7,13 @@
 //
 // The error bound. Let u = 255 * 2^-24, the largest byte times the relative rounding error of a float. One
 // pass over n taps errs by at most
-//   n / 2 u     from the weights: one below 1 changes by up to 2^-25 when it becomes a float,
+//   (n / 2) u   from the weights: one below 1 changes by up to 2^-25 when it becomes a float,
 //   1 u         from the products, since the weights sum to 1, and
 //   (n - 1) u   from the additions,
 // which is 6 u for n = 4. Both passes together err by at most 12 u < 12 / 65536. Truncation to whole units of
 // 1 / 65536 adds one unit, so that a byte is certain if its sum is 13 units or more away from a border. One
-// unit more covers the rounding errors of the doubles, which are below 2^-40.
+// unit more covers the rounding errors of the doubles, which are below 2^-40, and makes 14. The margin of 16
+// leaves two units to spare.
 
 namespace zel
 {
@@ -22,13 +23,13 @@ static_assert(kRoundingMargin >= 14);
 namespace
 {
 
-TapSet MakeTapSet(const LinearTap& tap)
+TapSet MakeTapSet(const LinearTaps& tap)
 {
     return {{tap.offset[0], tap.offset[1], 0, 0},
             {static_cast<float>(1.0 - tap.fraction), static_cast<float>(tap.fraction), 0.0F, 0.0F}};
 }
 
-TapSet MakeTapSet(const CubicTap& tap)
+TapSet MakeTapSet(const CubicTaps& tap)
 {
     TapSet result;
     for (int k = 0; k < 4; ++k)
@@ -40,15 +41,15 @@ TapSet MakeTapSet(const CubicTap& tap)
 }
 
 // What differs between the methods. FixUpPixels computes the listed pixels, counted from column `begin`,
-// exactly.
+// in doubles as defined.
 struct Linear
 {
-    using Tap = LinearTap;
+    using Taps = LinearTaps;
     static constexpr int kTaps = 2;
-    static constexpr auto MakeTap = MakeLinearTap;
+    static constexpr auto MakeTap = MakeLinearTaps;
 
-    static void FixUpPixels(const ResizeJob& job, const Columns<Tap>& columns, int begin, int row,
-                            const Tap& rowTap, const int* list, int count)
+    static void FixUpPixels(const ResizeJob& job, const Columns<Taps>& columns, int begin, int row,
+                            const Taps& rowTap, const int* list, int count)
     {
         const unsigned char* const upper = job.from.GetPixelFast(0, rowTap.offset[0]);
         const unsigned char* const lower = job.from.GetPixelFast(0, rowTap.offset[1]);
@@ -60,12 +61,12 @@ struct Linear
 
 struct Cubic
 {
-    using Tap = CubicTap;
+    using Taps = CubicTaps;
     static constexpr int kTaps = 4;
-    static constexpr auto MakeTap = MakeCubicTap;
+    static constexpr auto MakeTap = MakeCubicTaps;
 
-    static void FixUpPixels(const ResizeJob& job, const Columns<Tap>& columns, int begin, int row,
-                            const Tap& rowTap, const int* list, int count)
+    static void FixUpPixels(const ResizeJob& job, const Columns<Taps>& columns, int begin, int row,
+                            const Taps& rowTap, const int* list, int count)
     {
         ActiveKernels().fixUpCubicPixels(MakeCubicFixUp(job, columns, begin, row, rowTap), list, count);
     }
@@ -74,10 +75,10 @@ struct Cubic
 template <typename Method>
 void ResizeSeparable(const ResizeJob& job)
 {
-    using Tap = typename Method::Tap;
+    using Taps = typename Method::Taps;
     const CTarvexDib &to = job.to, &from = job.from;
     const int width = to.Width(), height = to.Height();
-    const Columns<Tap> columns(job, Method::MakeTap);
+    const Columns<Taps> columns(job, Method::MakeTap);
     const auto tapSets = Tabulate(width, [&](int i) { return MakeTapSet(columns.taps.get()[i]); });
     const auto positions = TabulateRows(height, 0.0, job.stepY, [](double y) { return y; });
     RollingBuffer<float, 4> filtered(4 * kStripColumns + 1); // a row may write one float more
@@ -95,7 +96,7 @@ void ResizeSeparable(const ResizeJob& job)
         filtered.Clear();
         for (int row = height - 1; row >= 0; --row) // the order of memory
         {
-            const Tap rowTap = Method::MakeTap(positions.get()[row], from.Height(), 1);
+            const Taps rowTap = Method::MakeTap(positions.get()[row], from.Height(), 1);
             const TapSet weights = MakeTapSet(rowTap);
             const float* rows[4] = {};
             for (int k = 0; k < Method::kTaps; ++k)

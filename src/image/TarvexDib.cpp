@@ -14,7 +14,8 @@ using zel::Block;
 namespace
 {
 
-// What a failed copy reports. The line number tells which of the two blocks was refused.
+// What a failed copy reports. The two line numbers are fixed, not lines of this file: they tell which of the
+// two blocks was refused.
 constexpr const char* kSourceFile = ".\\src\\TarvexDib";
 constexpr int kHeaderBlockLine = 64;
 constexpr int kPixelArrayLine = 80;

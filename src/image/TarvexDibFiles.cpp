@@ -15,7 +15,8 @@ namespace
 {
 
 // Reads exactly `bytes` bytes. Null where the stream has fewer or memory runs out. The block grows with the
-// bytes that were read, so that a file that only claims to be large costs no more memory than it has bytes.
+// bytes that were read, so that a file that only claims to be large costs at most 64 KiB or three times the
+// bytes that it has.
 Block ReadExactly(std::FILE* stream, std::size_t bytes)
 {
     constexpr std::size_t kFirstPart = 64 * 1024;

@@ -43,7 +43,8 @@ bool CopyRegion(const CTarvexDib& to, int destX, int destY, const PixelSource& f
     const std::int64_t bytes = static_cast<std::int64_t>(count) * to.PixelSize();
     for (int i = 0; i < rows; ++i)
     {
-        // In the order of memory; where the two may overlap, from the top row down.
+        // From the bottom row up, the order of memory. Raw pixels may overlap the target; they are copied
+        // from the top row down, and memmove lets a row overlap itself.
         const int row = from.isDistinct ? rows - 1 - i : i;
         const std::int64_t storedRow = from.height - 1 - (srcY + row);
         const unsigned char* source =

@@ -37,8 +37,8 @@ bool CTarvexDib::Resize(CTarvexDib& source) const
 
     const Sampler sampler = source.m_sampler;
 
-    // After an unknown method the source has the sampler of an earlier depth, so the source's depth counts
-    // too.
+    // After an unknown method the source may still have the sampler that was chosen for an earlier depth, so
+    // the source's depth counts too.
     const bool isTriple = sampler == &CTarvexDib::BiLinearTriple || sampler == &CTarvexDib::CubicTriple;
     const int channels = isTriple ? 3 : std::min(m_pixelSize, source.m_pixelSize);
 
@@ -58,8 +58,9 @@ bool CTarvexDib::Resize(CTarvexDib& source) const
 
 void CTarvexDib::NearestNeighbour(double x, double y, unsigned char* out) const
 {
-    const unsigned char* row = GetPixelFast(0, zel::NearestTap(y, m_height, 1));
-    std::memcpy(out, row + zel::NearestTap(x, m_width, m_pixelSize), static_cast<std::size_t>(m_pixelSize));
+    const unsigned char* row = GetPixelFast(0, zel::NearestOffset(y, m_height, 1));
+    std::memcpy(out, row + zel::NearestOffset(x, m_width, m_pixelSize),
+                static_cast<std::size_t>(m_pixelSize));
 }
 
 void CTarvexDib::BiLinearTriple(double x, double y, unsigned char* out) const
@@ -100,16 +101,16 @@ void CTarvexDib::ResizeBySampler(const CTarvexDib& source, double stepX, double 
 
 void CTarvexDib::SampleLinear(double x, double y, unsigned char* out, int channels) const
 {
-    const zel::LinearTap column = zel::MakeLinearTap(x, m_width, m_pixelSize);
-    const zel::LinearTap row = zel::MakeLinearTap(y, m_height, 1);
+    const zel::LinearTaps column = zel::MakeLinearTaps(x, m_width, m_pixelSize);
+    const zel::LinearTaps row = zel::MakeLinearTaps(y, m_height, 1);
     zel::LinearRow(out, channels, GetPixelFast(0, row.offset[0]), GetPixelFast(0, row.offset[1]),
                    row.fraction, &column, 1, channels);
 }
 
 void CTarvexDib::SampleCubic(double x, double y, unsigned char* out, int channels) const
 {
-    const zel::CubicTap column = zel::MakeCubicTap(x, m_width, m_pixelSize);
-    const zel::CubicTap row = zel::MakeCubicTap(y, m_height, 1);
+    const zel::CubicTaps column = zel::MakeCubicTaps(x, m_width, m_pixelSize);
+    const zel::CubicTaps row = zel::MakeCubicTaps(y, m_height, 1);
     const unsigned char* const rows[4] = {GetPixelFast(0, row.offset[0]), GetPixelFast(0, row.offset[1]),
                                           GetPixelFast(0, row.offset[2]), GetPixelFast(0, row.offset[3])};
     zel::CubicRow(out, channels, rows, row.weight, &column, 1, channels);

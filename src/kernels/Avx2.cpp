@@ -5,8 +5,8 @@
 
 #include "kernels/Kernels.h"
 
-// The vector rows for AVX2. The names have internal linkage, and the rows are included after the operations
-// that they are made of, so that this code runs where Dispatch.cpp chose it and nowhere else.
+// The vector rows for AVX2. Internal linkage keeps this code to the rows of this table. Kernels-inl.h comes
+// last because it uses the functions above it.
 namespace
 {
 
@@ -86,7 +86,7 @@ inline Vector Equal32(Vector a, Vector b)
     return {_mm256_cmpeq_epi32(a.v, b.v)};
 }
 
-/// The weight of Lerp, 1 to 255, in pairs with 256 - weight.
+/// The weight of Lerp, 1 to 255, in pairs with 256 - weight. Callers ignore the result for other weights.
 template <typename V>
 V WeightOf(int weight)
 {
@@ -106,9 +106,10 @@ inline Vector LerpPairs(Vector s1, Vector s2, __m256i lowWeights, __m256i highWe
     return {_mm256_xor_si256(bytes, sign)};
 }
 
-inline Vector Lerp(Vector s1, Vector s2, Vector weight)
+/// from + ((to - from) * weight >> 8) on every byte.
+inline Vector Lerp(Vector from, Vector to, Vector weight)
 {
-    return LerpPairs(s1, s2, weight.v, weight.v);
+    return LerpPairs(to, from, weight.v, weight.v);
 }
 
 /// Lerp by the alpha of each pixel of s1. Alpha 0 is chosen apart, since the weight 256 of s2 is not a byte.
@@ -168,9 +169,9 @@ inline void StoreColors(unsigned char* bytes, int step, Vector a)
     Store(bytes, IfThenElse(colors, a, Load<Vector>(bytes)));
 }
 
-/// ScaleColumnsRow for the first pixels, of `channels` bytes in both rows. Returns the number of pixels done.
-/// It takes four pixels at a time as long as the sixteen bytes from the first of them on contain all four, as
-/// they do when a row is enlarged. The last offset tells how far the source may be read.
+/// ScaleColumnsRow for the first pixels, where target pixels have `channels` bytes. Returns the number of
+/// pixels done. It takes four pixels at a time as long as the sixteen bytes from the first of them on contain
+/// all four, as they do when a row is enlarged. The last offset tells how far the source may be read.
 inline int ScaleColumnsShuffle(unsigned char* dst, const unsigned char* src, const int* offsets, int count,
                                int channels)
 {
@@ -282,7 +283,8 @@ inline std::ptrdiff_t VerticalFourTaps(unsigned char* out, unsigned char* ambigu
                           _mm256_packus_epi32(_mm256_srli_epi32(sums2, 16), _mm256_srli_epi32(sums3, 16)));
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + done), bytes);
 
-        // A fraction within the margin of 0, from either side, leaves 0 when the width of both is subtracted.
+        // Adding the margin moves the ambiguous fractions, modulo 65536, to 0 ... 2 * margin. The saturating
+        // subtraction turns exactly these into 0.
         const __m256i fractions01 =
             _mm256_packus_epi32(_mm256_and_si256(sums0, low), _mm256_and_si256(sums1, low));
         const __m256i fractions23 =
@@ -361,9 +363,9 @@ __m256i Part(int first, int second, int third, int fourth)
 
 /// Computes in doubles, operation by operation as ShadeFactors and ShadeRow do, so every byte is the same.
 ///
-/// A product fits the words that are packed: |(s1 - 128) * k| <= 0.01 * |strength|, so the product is at most
-/// 255 * (100 + |strength|) / |100 + strength|. That is 255 for strengths of 0 or more; below 0 it is largest
-/// at -101, where it is 255 * 201 < 2^16. Packing with saturation then clamps to a byte.
+/// A product fits 32 bits with room, and packing it twice with saturation clamps it to a byte: |(s1 - 128) *
+/// k| <= 0.01 * |strength|, so the product is at most 255 * (100 + |strength|) / |100 + strength|. That is
+/// 255 for strengths of 0 or more; below 0 it is largest at -101, where it is 255 * 201 < 2^16.
 void ShadeRowInDoubles(const BlendRows& rows, const ShadeFactors& factors)
 {
     const __m256d k = _mm256_set1_pd(factors.k), f = _mm256_set1_pd(factors.f);

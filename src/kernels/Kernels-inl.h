@@ -4,8 +4,9 @@
 
 #include <cstring>
 
-/// The vector rows of Kernels.h. The source of an instruction set defines a type Vector with its operations
-/// and then includes this file, so that the code is compiled once per instruction set.
+/// The vector rows of Kernels.h. The source of an instruction set defines a type Vector, its operations
+/// and the rows that need instructions of their own, and then includes this file, so that the code is
+/// compiled once per instruction set.
 ///
 /// All names here and there have internal linkage: were they shared, the linker could keep the AVX2 version
 /// of a function for a caller that runs on SSE2.
@@ -132,7 +133,7 @@ struct VectorRows
                 FixUpCubicPixels(row, &column, 1);
                 continue;
             }
-            const CubicTap& tap = row.columns[column];
+            const CubicTaps& tap = row.columns[column];
             const int tapCount = tap.weight[3] == 0.0 ? 3 : 4;
             Doubles sum = {};
             for (int j = 0; j < rowCount; ++j)
@@ -170,7 +171,7 @@ struct VectorRows
         const Vector weight = WeightOf<Vector>(alpha);
         const int done = alpha == 0 ? ByBytes(rows, [](Vector first, Vector) { return first; })
                                     : ByBytes(rows, [weight](Vector first, Vector second)
-                                              { return Lerp(second, first, weight); });
+                                              { return Lerp(first, second, weight); });
         BlendRow(rows.After(done), alpha);
     }
 
@@ -238,7 +239,7 @@ struct VectorRows
         for (; done + kPixels <= count; done += kPixels)
         {
             const auto pixels = Load<Vector>(dst + 4 * done);
-            const Vector mixed = weight == 256 ? target : Lerp(target, pixels, share);
+            const Vector mixed = weight == 256 ? target : Lerp(pixels, target, share);
             Store(dst + 4 * done, IfThenElse(colors, mixed, pixels));
         }
         LerpToColorRow(dst + 4 * done, color, weight, count - done);

@@ -9,48 +9,52 @@
 /// here, since the operation that calls has checked everything. Integers of several bytes are little-endian,
 /// as on every processor that the library is built for.
 ///
-/// The functions below are the scalar specimen: plain loops that define what a row is. KernelTable has those
+/// The functions below are the scalar reference: plain loops that define what a row is. KernelTable has those
 /// that gain by vectors, once per instruction set; all sets write the same bytes.
 ///
-/// To add a row for another instruction set, write a source beside Avx2.cpp that includes Kernels-inl.h, give
-/// its table a name below, and let Dispatch.cpp choose it.
+/// To add an instruction set, copy Sse2.cpp and replace every function before its #include of Kernels-inl.h;
+/// declare the table below, choose it in Dispatch.cpp, and add the source to CMakeLists.txt and the table to
+/// tests/support/Targets.h. To add a single row for a set, write its function in the source of that set and
+/// put it into the table in place of the shared one.
 namespace zel
 {
 
 /// \name Resampling
-/// A tap is what a position on an axis reads: the pixels around it, as pixel index times `step`, and what
-/// weights them. Indices are clamped to the axis, which repeats the pixels at its ends.
+/// Taps are the pixels that a position on an axis reads, as pixel index times `step`, with what weights them.
+/// Indices are clamped to the axis, which repeats the pixels at its ends.
 /// @{
 
-struct LinearTap
+struct LinearTaps
 {
     int offset[2];
     double fraction; ///< of the way from the first pixel to the second: 0 or more, less than 1
 };
 
-struct CubicTap
+struct CubicTaps
 {
     int offset[4];
     double weight[4];
 };
 
 /// The offset of the pixel that is nearest to `position`.
-int NearestTap(double position, int length, int step);
-LinearTap MakeLinearTap(double position, int length, int step);
-CubicTap MakeCubicTap(double position, int length, int step);
+int NearestOffset(double position, int length, int step);
+LinearTaps MakeLinearTaps(double position, int length, int step);
+CubicTaps MakeCubicTaps(double position, int length, int step);
 
 /// dst pixel i = the `channels` bytes at src + offsets[i]. There is at least one offset, and none is smaller
 /// than the one before.
 void ScaleColumnsRow(unsigned char* dst, int dstStep, const unsigned char* src, const int* offsets, int count,
                      int channels);
 
-/// The exact bilinear row between two source rows, `fraction` of the way from `upper` to `lower`.
+/// The bilinear row, in doubles as defined, between two source rows, `fraction` of the way from `upper` to
+/// `lower`.
 void LinearRow(unsigned char* dst, int dstStep, const unsigned char* upper, const unsigned char* lower,
-               double fraction, const LinearTap* columns, int count, int channels);
+               double fraction, const LinearTaps* columns, int count, int channels);
 
-/// The exact cubic row: the sum over four source rows of four taps each, under the products of the weights.
+/// The cubic row, in doubles as defined: the sum over four source rows of four pixels each, weighted with the
+/// products of the weights.
 void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
-              const double (&rowWeights)[4], const CubicTap* columns, int count, int channels);
+              const double (&rowWeights)[4], const CubicTaps* columns, int count, int channels);
 
 /// Some pixels of a cubic row.
 struct CubicFixUp
@@ -59,7 +63,7 @@ struct CubicFixUp
     int dstStep;
     const unsigned char* rows[4];
     double rowWeights[4];
-    const CubicTap* columns;
+    const CubicTaps* columns;
     int wideReadEnd; ///< from this column on, loading four bytes at a tap could leave the source row
     int channels;
 };
@@ -67,7 +71,7 @@ struct CubicFixUp
 /// CubicRow for the columns that `list` names.
 void FixUpCubicPixels(const CubicFixUp& row, const int* list, int count);
 
-/// The taps of a linear or cubic position in floats. After the last tap, offsets and coefficients are 0.
+/// The taps of a linear or cubic position in floats. A linear position uses the first two; the others are 0.
 struct TapSet
 {
     int offsets[4];
@@ -75,21 +79,21 @@ struct TapSet
 };
 
 /// First pass of a separable estimate. For each of `count` columns it writes `channels` floats: the sum of
-/// `taps` pixels, 2 or 4, at src + offset, under the coefficients. Columns before `wideReadEnd` may load four
-/// bytes per tap without leaving the source row, and may overwrite the float after their own.
+/// `taps` pixels, 2 or 4, at src + offset, weighted with the coefficients. Columns before `wideReadEnd` may
+/// load four bytes per tap without leaving the source row, and may overwrite the float after their own.
 void HorizontalRow(float* out, const unsigned char* src, const TapSet* columns, int taps, int count,
                    int wideReadEnd, int channels);
 
-/// VerticalRow counts in units of 1 / 65536 (Q16). A byte whose sum lies within this many units of a rounding
-/// border is ambiguous.
+/// VerticalRow counts in units of 1 / 65536 (Q16). A byte whose sum lies within kRoundingMargin units of a
+/// rounding border is ambiguous.
 constexpr int kRoundingMargin = 16;
 
-/// Second pass: the sum of `taps` rows of the first pass under the coefficients, rounded to bytes. For each
-/// byte `ambiguous` becomes 1 or 0. `count` counts floats, which are bytes of the result.
+/// Second pass: the sum of `taps` rows of the first pass, weighted with the coefficients, rounded to bytes.
+/// For each byte `ambiguous` becomes 1 or 0. `count` counts floats, which are bytes of the result.
 void VerticalRow(unsigned char* out, unsigned char* ambiguous, const float* const (&rows)[4],
                  const float (&coefficients)[4], int taps, std::ptrdiff_t count);
 
-/// Pairs of neighbouring pixels under integer weights of 0 to 127, whose sum is the same in every column and
+/// Pairs of neighbouring pixels with integer weights of 0 to 127, whose sum is the same in every column and
 /// at most 127.
 struct FixedTaps
 {
@@ -142,7 +146,8 @@ static_assert(
         return true;
     }());
 
-/// The sum of two such rows under two more weights, divided by `divisor` and rounded.
+/// The sum of two rows made by HorizontalFixedRow, weighted with upperWeight and lowerWeight, divided by
+/// `divisor` and rounded.
 void VerticalFixedRow(unsigned char* out, const std::uint16_t* upper, const std::uint16_t* lower,
                       int upperWeight, int lowerWeight, const InvariantDivisor& divisor,
                       std::ptrdiff_t count);
@@ -150,7 +155,7 @@ void VerticalFixedRow(unsigned char* out, const std::uint16_t* upper, const std:
 /// The largest number of bytes that Filter141Row may take of a source row.
 constexpr int kFilter141Bytes = 4096;
 
-/// Each pixel is the sum of 3 x 3 source pixels under the weights (1, 4, 1) / 6 across and down, rounded to
+/// Each pixel is the sum of 3 x 3 source pixels weighted with (1, 4, 1) / 6 across and down, rounded to
 /// bytes. For each byte `ambiguous` is 1 where the sum lies exactly on a rounding border, else 0.
 ///
 /// The neighbourhood of pixel i starts at rows[...] + i * step, and a neighbour is `pixelSize` bytes away. Of
@@ -290,7 +295,7 @@ extern const KernelTable kAvx2Kernels; ///< on x86 alone; never to be called on 
 /// The fastest that the processor has.
 const KernelTable& ActiveKernels();
 
-/// Replaces them, for tests and benchmarks. Null brings back the fastest.
+/// Replaces them, for tests. Null brings back the fastest.
 void SetKernelsForTest(const KernelTable* kernels);
 
 /// @}

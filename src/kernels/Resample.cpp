@@ -36,7 +36,7 @@ void ScaleColumns(unsigned char* dst, int dstStep, const unsigned char* src, con
 
 template <int kChannels>
 void LinearPixels(unsigned char* dst, int dstStep, const unsigned char* upper, const unsigned char* lower,
-                  double fy, const LinearTap* columns, int count)
+                  double fy, const LinearTaps* columns, int count)
 {
     for (int i = 0; i < count; ++i, dst += dstStep)
     {
@@ -54,11 +54,11 @@ void LinearPixels(unsigned char* dst, int dstStep, const unsigned char* upper, c
 
 template <int kChannels>
 void CubicPixels(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
-                 const double (&rowWeights)[4], const CubicTap* columns, int count)
+                 const double (&rowWeights)[4], const CubicTaps* columns, int count)
 {
     for (int i = 0; i < count; ++i, dst += dstStep)
     {
-        const CubicTap& tap = columns[i];
+        const CubicTaps& tap = columns[i];
         double sum[4] = {};
         for (int j = 0; j < 4; ++j)
             for (int k = 0; k < 4; ++k)
@@ -74,22 +74,22 @@ void CubicPixels(unsigned char* dst, int dstStep, const unsigned char* const (&r
 
 } // namespace
 
-int NearestTap(double position, int length, int step)
+int NearestOffset(double position, int length, int step)
 {
     return Clamp(static_cast<int>(position + 0.5), length) * step;
 }
 
-LinearTap MakeLinearTap(double position, int length, int step)
+LinearTaps MakeLinearTaps(double position, int length, int step)
 {
     const int index = static_cast<int>(position);
     return {{Clamp(index, length) * step, Clamp(index + 1, length) * step}, position - index};
 }
 
-CubicTap MakeCubicTap(double position, int length, int step)
+CubicTaps MakeCubicTaps(double position, int length, int step)
 {
     const int index = static_cast<int>(position);
     const double centre = position - index + 1.0;
-    CubicTap tap;
+    CubicTaps tap;
     for (int k = 0; k < 4; ++k)
     {
         tap.offset[k] = Clamp(index - 1 + k, length) * step;
@@ -115,13 +115,13 @@ void ScaleColumnsRow(unsigned char* dst, int dstStep, const unsigned char* src, 
 }
 
 void LinearRow(unsigned char* dst, int dstStep, const unsigned char* upper, const unsigned char* lower,
-               double fraction, const LinearTap* columns, int count, int channels)
+               double fraction, const LinearTaps* columns, int count, int channels)
 {
     (channels == 3 ? LinearPixels<3> : LinearPixels<4>)(dst, dstStep, upper, lower, fraction, columns, count);
 }
 
 void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
-              const double (&rowWeights)[4], const CubicTap* columns, int count, int channels)
+              const double (&rowWeights)[4], const CubicTaps* columns, int count, int channels)
 {
     (channels == 3 ? CubicPixels<3> : CubicPixels<4>)(dst, dstStep, rows, rowWeights, columns, count);
 }

@@ -4,8 +4,8 @@
 
 #include "kernels/Kernels.h"
 
-// The vector rows for SSE2. The names have internal linkage, and the rows are included after the operations
-// that they are made of, so that this code runs where Dispatch.cpp chose it and nowhere else.
+// The vector rows for SSE2. Internal linkage keeps this code to the rows of this table. Kernels-inl.h comes
+// last because it uses the functions above it.
 namespace
 {
 
@@ -85,7 +85,7 @@ inline Vector Equal32(Vector a, Vector b)
     return {_mm_cmpeq_epi32(a.v, b.v)};
 }
 
-/// The weight of Lerp, 1 to 255.
+/// The weight of Lerp, 1 to 255. Callers ignore the result for other weights.
 template <typename V>
 V WeightOf(int weight)
 {
@@ -101,12 +101,12 @@ inline __m128i LerpWords(Vector s1, Vector s2, Vector s2Times256, __m128i weight
     return _mm_srli_epi16(_mm_add_epi16(s2Times256.v, product), 8);
 }
 
-/// The same on every byte.
-inline Vector Lerp(Vector s1, Vector s2, Vector weight)
+/// from + ((to - from) * weight >> 8) on every byte.
+inline Vector Lerp(Vector from, Vector to, Vector weight)
 {
-    return {
-        _mm_packus_epi16(LerpWords(PromoteLower(s1), PromoteLower(s2), PromoteLowerTimes256(s2), weight.v),
-                         LerpWords(PromoteUpper(s1), PromoteUpper(s2), PromoteUpperTimes256(s2), weight.v))};
+    return {_mm_packus_epi16(
+        LerpWords(PromoteLower(to), PromoteLower(from), PromoteLowerTimes256(from), weight.v),
+        LerpWords(PromoteUpper(to), PromoteUpper(from), PromoteUpperTimes256(from), weight.v))};
 }
 
 /// The last of the four words of each pixel, in all four.

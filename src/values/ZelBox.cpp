@@ -4,7 +4,7 @@ namespace
 {
 
 constexpr double kPi15 = 3.14159265358979;
-constexpr double kDegreesPerRadian = 1.0 / kPi15; // times 180
+constexpr double kHalfTurnsPerRadian = 1.0 / kPi15;
 constexpr double kHalfTurnsPerDegree = 1.0 / 180.0;
 
 double Extent(double lower, double upper)
@@ -27,7 +27,7 @@ double degreeToRad(double degrees)
 
 double radToDegree(double radians)
 {
-    return radians * 180.0 * kDegreesPerRadian;
+    return radians * 180.0 * kHalfTurnsPerRadian;
 }
 
 ZelBox::ZelBox() : m_valid(false) {}

@@ -126,8 +126,8 @@ struct ClippedExtent
 };
 
 // One axis of an unscaled copy: the lowest position in the target and in the source, and the count of
-// positions that lie inside both. Both extents have the same sign: a negative one mirrors both sides, that
-// is, nothing.
+// positions that lie inside both. Both extents have the same sign: a negative one mirrors target and source,
+// which cancels out.
 struct SharedExtent
 {
     std::int64_t to;
@@ -146,11 +146,10 @@ struct SharedExtent
 
 using Range = std::pair<std::int64_t, std::int64_t>; // first and last number; empty if the first is larger
 
-// The numbers of the source positions that target position `j` takes, less those outside the source. The
-// borders between the positions of the smaller extent, k * larger / smaller rounded half up, divide the
-// larger one into groups. When m target positions enlarge n source positions, each of a group of target
-// positions takes the same source position; when they reduce, a target position takes its whole group of
-// source positions.
+// The numbers of the source positions that target position number `j` takes, without those outside the
+// source. The borders between the positions of the smaller extent, k * larger / smaller rounded half up,
+// divide the larger one into groups. If the target is the larger, all positions of its group k take source
+// position k. If it is the smaller, position j takes the whole group j.
 Range SourceRange(const ClippedExtent& dest, const ClippedExtent& source, std::int64_t j)
 {
     const auto n = static_cast<std::uint64_t>(source.count), m = static_cast<std::uint64_t>(dest.count);
@@ -165,7 +164,8 @@ Range SourceRange(const ClippedExtent& dest, const ClippedExtent& source, std::i
             std::min(static_cast<std::int64_t>(last), source.last)};
 }
 
-// Combines the pixels of a block into one, as the stretching mode says. The ranges must not be empty.
+// Combines the pixels of a block into one: AND for BLACKONWHITE, OR for WHITEONBLACK. In the other modes the
+// last column of the first row stands for the block. The ranges must not be empty.
 std::uint32_t CombinePixels(const Dib& dib, const ClippedExtent& sourceX, const ClippedExtent& sourceY,
                             Range columns, Range rows, int mode)
 {
