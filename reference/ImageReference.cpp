@@ -39,7 +39,7 @@ double Bilinear(const CTarvexDib& from, double x, double y, int channel)
            At(from, ix, iy + 1)[channel] * w01 + At(from, ix + 1, iy)[channel] * w10;
 }
 
-// All channels of one pixel at once, for the weights are the same.
+// All channels of one pixel at once, because they share the weights.
 void Cubic(const CTarvexDib& from, double x, double y, int channels, double* sums)
 {
     const int ix = static_cast<int>(x), iy = static_cast<int>(y);
@@ -211,7 +211,7 @@ void ChangeToTrueColor(CTarvexDib& dib, bool withAlpha)
     CTarvexDib from(dib);
     const int bits = from.BitCount();
     if (bits <= 8)
-        from.SetColorTable(from.GetColorTable(), 1 << bits); // what the table lacks is black
+        from.SetColorTable(from.GetColorTable(), 1 << bits); // entries beyond the table are black
     const tagRGBQUAD* const table = from.GetColorTable();
     if (bits >= (withAlpha ? 32 : 24))
         return;

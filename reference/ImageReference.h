@@ -1,7 +1,7 @@
 #pragma once
 
-// The operations of the image to the letter of their documentation, pixel by pixel: what their results are
-// compared with, and a measure of their speed.
+// Every operation of the image, pixel by pixel, exactly as documented. Tests compare results with these, and
+// benchmarks compare speed.
 
 #include "ZelUtil/TarvexDib.h"
 
@@ -10,7 +10,7 @@
 namespace reference
 {
 
-// One pixel of an image, at a place that need not be a whole pixel's.
+// One pixel of an image, at a position that may lie between pixels.
 void Sample(const CTarvexDib& from, CTarvexDib::InterpolMethod method, double x, double y, int channels,
             unsigned char* out);
 void Resize(CTarvexDib& to, const CTarvexDib& from, CTarvexDib::InterpolMethod method);
@@ -33,7 +33,7 @@ void CopyRect(CTarvexDib& to, int destX, int destY, const CTarvexDib& from, int 
 void CopyRect(CTarvexDib& to, int destX, int destY, const unsigned char* pixels, int pixelsWidth,
               int pixelsHeight, int srcX, int srcY, int columns, int srcRowEnd);
 
-// Pictures of 24 and 32 bits only; the packed form is that behind the file's header.
+// Pictures of 24 and 32 bits only; the packed form follows the file header.
 void Load(CTarvexDib& to, const unsigned char* packed);
 void Save(const CTarvexDib& from, unsigned char* packed);
 void Load(CTarvexDib& to, const std::string& path);

@@ -108,8 +108,8 @@ TEST(CopyRect, ValuesByHand)
 {
     const CTarvexDib source = Digits({"1234", "5678"}, 24);
     Bytes raw;
-    for (const int digit : {5, 6, 7, 8, 1, 2, 3, 4}) // from the bottom row up
-        raw.insert(raw.end(), 3, static_cast<unsigned char>(digit));
+    for (const unsigned char digit : Bytes{5, 6, 7, 8, 1, 2, 3, 4}) // from the bottom row up
+        raw.insert(raw.end(), 3, digit);
     const struct
     {
         int destX, destY, srcX, srcY, columns, srcRowEnd;
@@ -147,7 +147,8 @@ TEST(CopyRect, RefusesRawPixelsThatAreNotThere)
     for (const auto& c : cases)
         EXPECT_FALSE(dib.CopyRect(0, 0, raw.data(), c.width, c.height, c.bits, c.srcX, c.srcY, 4, 2));
     EXPECT_FALSE(dib.CopyRect(0, 0, nullptr, 4, 2, 32, 0, 0, 4, 2));
-    EXPECT_TRUE(dib.CopyRect(0, 0, nullptr, INT_MAX, INT_MAX, 32, 0, 0, 0, 2)); // nothing to copy
+    EXPECT_TRUE(dib.CopyRect(0, 0, nullptr, INT_MAX, INT_MAX, 32, 0, 0, 0, 2)); // no columns
+    EXPECT_TRUE(dib.CopyRect(0, 0, nullptr, 4, 2, 32, 0, 1, 4, 1));             // no rows
     EXPECT_EQ(PixelBytes(dib), before);
 }
 

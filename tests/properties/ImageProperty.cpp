@@ -208,7 +208,7 @@ Call MakeCall(Input& input, const Operation& operation)
 {
     // Every fourth target or source is wide, with few rows; some have no columns or no rows.
     const bool isWide = input.Below(4) == 0;
-    const int columns = isWide ? 1000 + 4 * input.Byte() : 1 + input.Below(72);
+    const int columns = isWide ? 1000 + 5 * input.Byte() : 1 + input.Below(72);
     const int rows = isWide ? 1 : 1 + input.Below(24), odd = input.Below(64);
     Input again = input; // gives y the scale of x
     const Scale x(input, columns), y(input.Below(2) == 0 ? again : input, rows);
