@@ -14,8 +14,9 @@ void LockMachine();
 /// Makes a named pipe; false on systems that have none.
 bool MakeFifo(const char* path);
 
-extern const char* const kLogFile;   ///< the debug log
-extern const bool kListsInByteOrder; ///< whether listings of folders come sorted
+extern const char* const kLogFile;    ///< the debug log
+extern const char* const kFullDevice; ///< writing to it fails as on a full disk; null on systems without one
+extern const bool kListsInByteOrder;  ///< whether listings of folders come sorted
 
 /// A window of 320 x 200 pixels inside its frame, if it has one. With the frame it has `outerWidth` x
 /// `outerHeight` pixels; both are 0 where no window can be made.

@@ -12,6 +12,7 @@ namespace test
 {
 
 const char* const kLogFile = "/var/tmp/Palmora.log";
+const char* const kFullDevice = "/dev/full";
 const bool kListsInByteOrder = true;
 const int g_lock = open("/var/tmp", O_RDONLY | O_CLOEXEC);
 

@@ -7,6 +7,7 @@ namespace test
 {
 
 const char* const kLogFile = "C:\\Palmora.log";
+const char* const kFullDevice = nullptr;
 const bool kListsInByteOrder = false;
 
 long ThreadRemains()
