@@ -3,8 +3,8 @@
 #include "ZelUtil/CVar.h"
 
 /// \file
-/// ProcessObjects.cpp defines the process-wide objects that callers see, and those whose order of construction
-/// matters. Those that callers do not see are declared here.
+/// ProcessObjects.cpp defines the process-wide objects that callers see, and those whose order of
+/// construction matters. Those that callers do not see are declared here.
 
 namespace zel
 {

@@ -119,8 +119,8 @@ public:
     /// - Returns false, with the object unchanged, for any other order or number of pairs.
     /// - Returns false, with the object unset, if the points do not determine a polynomial, that is, if a
     ///   pivot is exactly zero. There is no tolerance.
-    /// - Throws MemoryError, with the object unset, if memory runs out, or std::bad_alloc if there is none for
-    ///   the texts of the error.
+    /// - Throws MemoryError, with the object unset, if memory runs out, or std::bad_alloc if there is no
+    ///   memory for the texts of the error either.
     ///
     /// Success does not mean a good fit: rounding can hide the zero pivot of points on a slanting line, and
     /// coordinates that overflow or are not finite give NaN coefficients. Check how well the control points
