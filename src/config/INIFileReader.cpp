@@ -202,8 +202,8 @@ bool INIFileReader::ReadDirectText(const CStdStr<char>& fileName)
 }
 
 // Reads on to the next section header of the listing and takes its name. `atEnd` says whether the text ended
-// in its line. False if there is none, with the file closed, or if
-// memory for the name runs out.
+// in its line. False if there is none, with the file closed, or if memory for the name
+// runs out.
 bool INIFileReader::FindHeader(CStdStr<char>& name, bool& atEnd)
 {
     if (m_listFile == nullptr)

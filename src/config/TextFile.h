@@ -15,8 +15,8 @@ namespace zel
 /// Null if the file cannot be opened, for a directory and for a name of more than 511 characters.
 File OpenTextFile(const char* name);
 
-/// The next character of a text, or EOF at its end; a Ctrl-Z stays in the stream, so that
-/// every further call returns EOF.
+/// The next character of a text, or EOF at its end; a Ctrl-Z stays in the stream, so that every further call
+/// returns EOF.
 int ReadTextCharacter(std::FILE* file);
 
 /// Replaces `text` by the characters of a file and a terminating zero. Returns false, with `text` as it was,

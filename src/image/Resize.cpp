@@ -51,8 +51,9 @@ bool IsInteger(const RationalScale& x, const RationalScale& y)
 
 void ResizeDecimate(const ResizeJob& job, const RationalScale& x, const RationalScale& y)
 {
-    const auto columns = Tabulate(job.to.Width(), [&](int i) { return x.Index(i) * job.from.PixelSize(); });
-    const auto rows = Tabulate(job.to.Height(), [&](int row) { return y.Index(row); });
+    const auto columns =
+        Tabulate(job.to.Width(), [&](int i) { return i * x.numerator * job.from.PixelSize(); });
+    const auto rows = Tabulate(job.to.Height(), [&](int row) { return row * y.numerator; });
     ScaleRows(job.to, job.from, columns.get(), rows.get(), job.channels, false);
 }
 

@@ -258,7 +258,7 @@ struct VectorRows
     template <typename Combination>
     static int ByPixels(const BlendRows& rows, const Combination& combination)
     {
-        const auto& [dst, dstStep, s1, s1Step, s2, s2Step, count] = rows;
+        const auto [dst, dstStep, s1, s1Step, s2, s2Step, count] = rows; // a copy, which no store can alias
         const bool hasTriples = dstStep == 3 || s1Step == 3 || s2Step == 3;
         if (hasTriples && !kLoadsTriples)
             return 0;
@@ -280,7 +280,7 @@ struct VectorRows
     template <typename Combination>
     static int ByBytes(const BlendRows& rows, const Combination& combination)
     {
-        const auto& [dst, dstStep, s1, s1Step, s2, s2Step, count] = rows;
+        const auto [dst, dstStep, s1, s1Step, s2, s2Step, count] = rows; // a copy, which no store can alias
         if (dstStep != 3 || s1Step != 3 || s2Step != 3)
             return ByPixels(rows, combination);
 

@@ -72,6 +72,36 @@ void CubicPixels(unsigned char* dst, int dstStep, const unsigned char* const (&r
     }
 }
 
+template <int kTaps>
+void HorizontalSums(float* out, const unsigned char* src, const TapSet* columns, int count, int channels)
+{
+    for (int i = 0; i < count; ++i, out += channels)
+        for (int c = 0; c < channels; ++c)
+        {
+            out[c] = 0.0F;
+            for (int k = 0; k < kTaps; ++k)
+                out[c] += static_cast<float>(src[columns[i].offsets[k] + c]) * columns[i].coefficients[k];
+        }
+}
+
+template <int kTaps>
+void VerticalSums(unsigned char* __restrict out, unsigned char* __restrict ambiguous,
+                  const float* const (&rows)[4], const float (&coefficients)[4], std::ptrdiff_t count)
+{
+    const float* const source[4] = {rows[0], rows[1], rows[2], rows[3]};
+    const float weights[4] = {coefficients[0] * 65536.0F, coefficients[1] * 65536.0F,
+                              coefficients[2] * 65536.0F, coefficients[3] * 65536.0F};
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+    {
+        float sum = source[0][i] * weights[0];
+        for (int k = 1; k < kTaps; ++k)
+            sum += source[k][i] * weights[k];
+        const int rounded = static_cast<int>(sum) + 32768;
+        out[i] = static_cast<unsigned char>(rounded >> 16);
+        ambiguous[i] = ((rounded + kRoundingMargin) & 65535) <= 2 * kRoundingMargin ? 1 : 0;
+    }
+}
+
 } // namespace
 
 int NearestOffset(double position, int length, int step)
@@ -136,27 +166,13 @@ void FixUpCubicPixels(const CubicFixUp& row, const int* list, int count)
 void HorizontalRow(float* out, const unsigned char* src, const TapSet* columns, int taps, int count, int,
                    int channels)
 {
-    for (int i = 0; i < count; ++i, out += channels)
-        for (int c = 0; c < channels; ++c)
-        {
-            out[c] = 0.0F;
-            for (int k = 0; k < taps; ++k)
-                out[c] += static_cast<float>(src[columns[i].offsets[k] + c]) * columns[i].coefficients[k];
-        }
+    (taps == 2 ? HorizontalSums<2> : HorizontalSums<4>)(out, src, columns, count, channels);
 }
 
 void VerticalRow(unsigned char* out, unsigned char* ambiguous, const float* const (&rows)[4],
                  const float (&coefficients)[4], int taps, std::ptrdiff_t count)
 {
-    for (std::ptrdiff_t i = 0; i < count; ++i)
-    {
-        float sum = 0.0F;
-        for (int k = 0; k < taps; ++k)
-            sum += rows[k][i] * (coefficients[k] * 65536.0F);
-        const int rounded = static_cast<int>(sum) + 32768;
-        out[i] = static_cast<unsigned char>(rounded >> 16);
-        ambiguous[i] = ((rounded + kRoundingMargin) & 65535) <= 2 * kRoundingMargin ? 1 : 0;
-    }
+    (taps == 2 ? VerticalSums<2> : VerticalSums<4>)(out, ambiguous, rows, coefficients, count);
 }
 
 void HorizontalFixedRow(std::uint16_t* out, const unsigned char* src, const FixedTaps& columns, int count,
