@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -48,15 +49,13 @@ inline void WriteBytes(unsigned char* at, const Bytes& bytes)
 inline std::uint32_t Number(const Bytes& bytes, std::size_t at, std::size_t width = 4)
 {
     std::uint32_t number = 0;
-    for (std::size_t i = 0; i < width; ++i)
-        number |= std::uint32_t{bytes[at + i]} << (8 * i);
+    std::memcpy(&number, &bytes[at], width);
     return number;
 }
 
-inline void PutNumber(Bytes& bytes, std::size_t at, std::uint32_t number, std::size_t width = 4)
+inline void PutNumber(Bytes& bytes, std::size_t at, std::uint32_t number)
 {
-    for (std::size_t i = 0; i < width; ++i)
-        bytes[at + i] = static_cast<unsigned char>(number >> (8 * i));
+    std::memcpy(&bytes[at], &number, 4);
 }
 
 /// The whole pixel array, padding included.
@@ -118,11 +117,10 @@ inline CTarvexDib RandomPicture(int width, int height, int bits)
 /// A BMP file of the packed form, whose pixels start after `table` colours.
 inline Bytes FileAround(const Bytes& packed, int table)
 {
-    Bytes file(14 + packed.size(), 9); // neither the file's size nor the reserved words matter
-    file[0] = 'B';
-    file[1] = 'M';
+    Bytes file = {'B', 'M'};
+    file.resize(14, 9); // neither the file's size nor the reserved words matter
     PutNumber(file, 10, static_cast<std::uint32_t>(54 + 4 * table));
-    WriteBytes(file.data() + 14, packed);
+    file.insert(file.end(), packed.begin(), packed.end());
     return file;
 }
 
