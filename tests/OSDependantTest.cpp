@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <gtest/gtest.h>
@@ -13,77 +14,59 @@
 using namespace OSDependant;
 using namespace test;
 using Reader = std::unique_ptr<IFileAccess>;
-using Mode = IFileAccess::FileInterpretationModes;
-static_assert(std::is_same_v<std::underlying_type_t<Mode>, int>);
-
-// Reads a value at `offset`: all of its bytes in the right order, or those that are left.
-template <typename Value>
-static void CheckRead(IFileAccess& reader, const Bytes& file, std::size_t offset, Value value)
-{
-    const std::size_t count = std::min(sizeof value, file.size() - offset);
-    Bytes expected(sizeof value, 0x7F);
-    std::memset(&value, 0x7F, sizeof value);
-    std::copy_n(file.data() + offset, count, expected.data());
-    if (reader.getInterpretationMode() == IFileAccess::BigEndian && count == sizeof value && count < 8)
-        std::reverse(expected.begin(), expected.end());
-    EXPECT_TRUE(reader.skip(static_cast<long>(offset - reader.getPosition())));
-    EXPECT_EQ(reader.read(&value), count == sizeof value);
-    EXPECT_EQ(std::memcmp(&value, expected.data(), sizeof value), 0)
-        << sizeof value << " bytes at " << offset;
-    EXPECT_EQ(reader.getPosition(), offset + count);
-}
 
 TEST(FileAccess, ReadsValuesInEitherOrder)
 {
     const TemporaryFolder folder;
-    const Bytes file = {0x12, 0x34, 0x56, 0x78, 0xFF, 0x80, 1, 2, 3, 4, 5};
+    const Bytes file = RandomBytes(29);
     WriteFile(folder / "a", file);
     for (const int mode : {1, 0, 2, -1})
     {
-        const Reader reader(openFile(folder / "a", static_cast<Mode>(mode)));
-        EXPECT_EQ(reader->getInterpretationMode(), mode);
-        const auto check = [&](auto... values)
+        const Reader reader(openFile(folder / "a", IFileAccess::FileInterpretationModes(1 - mode)));
+        EXPECT_EQ(reader->getInterpretationMode(), 1 - mode);
+        reader->setInterpretationMode(IFileAccess::FileInterpretationModes(mode));
+        Bytes taken, expected(file.begin(), file.begin() + 26);
+        const auto take = [&](auto value)
         {
-            for (std::size_t offset = 0; offset <= file.size(); ++offset)
-                (CheckRead(*reader, file, offset, values), ...);
+            EXPECT_TRUE(reader->read(&value));
+            const auto* const bytes = reinterpret_cast<const unsigned char*>(&value);
+            taken.insert(taken.end(), bytes, bytes + sizeof value);
         };
-        check(0.0, 0, 0U, 0.0F, short{}, static_cast<unsigned short>(0), char{},
-              static_cast<unsigned char>(0));
+        const auto takeAll = [&](auto... values) { (take(values), ...); };
+        takeAll(0.0, 0, 0U, 0.0F, std::int16_t{0}, std::uint16_t{0}, '0', std::uint8_t{0});
+        for (const int at : {8, 12, 16, 20, 22})
+            std::reverse(expected.begin() + at, expected.begin() + at + (mode != 0 ? 0 : at < 20 ? 4 : 2));
+        EXPECT_EQ(taken, expected);
 
-        int value = 0;
         unsigned char block[4] = {};
-        EXPECT_TRUE(reader->skip(-11) && reader->read(block, 3UL) && block[2] == 0x56 && block[3] == 0);
-        EXPECT_TRUE(!reader->skip(-4) && reader->getPosition() == 3);
-        reader->setInterpretationMode(mode == 0 ? IFileAccess::LittleEndian : IFileAccess::BigEndian);
-        EXPECT_TRUE(reader->skip(-3) && reader->read(&value) && reader->read(block, 0UL));
-        EXPECT_EQ(value, mode == 0 ? 0x78563412 : 0x12345678);
-        EXPECT_TRUE(reader->skip(16) && !reader->read(block, 1UL)); // past the end
-        EXPECT_TRUE(reader->getPosition() == 20 && reader->getLength() == 11 && reader->getPosition() == 20);
+        int left = 0; // three bytes are left
+        EXPECT_TRUE(!reader->read(&left) && std::memcmp(&left, file.data() + 26, 3) == 0);
+        EXPECT_TRUE(reader->skip(-27) && reader->read(block, 3UL) && block[2] == file[4] && block[3] == 0);
+        EXPECT_TRUE(!reader->skip(-6) && reader->getLength() == 29 && reader->getPosition() == 5);
+        EXPECT_TRUE(reader->read(block, 0UL) && reader->skip(25) && !reader->read(block, 1UL));
     }
 }
 
 TEST(FileAccess, IsOfNothingWithoutAFile)
 {
     const TemporaryFolder folder;
-    for (const std::string& name : {folder / "missing", folder / "", std::string()})
+    const std::string pipe = folder / "pipe";
+    // Windows has no such pipes.
+    const File ends(std::system(("mkfifo " + pipe).c_str()) == 0 ? std::fopen(pipe.c_str(), "r+") : nullptr,
+                    std::fclose);
+    const bool hasPipe =
+        ends != nullptr && std::fputc('a', ends.get()) == 'a' && std::fflush(ends.get()) == 0;
+    for (const std::string& name : {folder / "missing", folder / "", std::string(), pipe})
     {
         const Reader reader(openFile(name, IFileAccess::LittleEndian));
         char byte = 0;
-        EXPECT_FALSE(reader->skip(0) || reader->read(&byte) || reader->read(&byte, 0UL));
-        EXPECT_EQ(reader->getPosition() + reader->getLength(), 0U);
+        const bool isPipe = hasPipe && name == pipe;
+        EXPECT_FALSE(reader->skip(0) || reader->read(&byte, 0UL) != isPipe || reader->read(&byte) != isPipe);
+        EXPECT_EQ(reader->getPosition() + reader->getLength(), 0U); // both are unknown in a pipe
     }
-
-    const std::string pipe = folder / "pipe";
-    const File ends(MakeFifo(pipe.c_str()) ? std::fopen(pipe.c_str(), "r+") : nullptr, std::fclose);
     long length = 5;
-    EXPECT_TRUE(!GetFileLength(ends.get(), length) && length == -1);
-    if (ends == nullptr)
-        return;
-    EXPECT_TRUE(std::fputs("abcd", ends.get()) >= 0 && std::fflush(ends.get()) == 0);
-    const Reader reader(openFile(pipe, IFileAccess::LittleEndian));
-    char bytes[2];
-    EXPECT_TRUE(reader->read(bytes, 2UL) && !reader->skip(0) && reader->read(bytes, 2UL) && bytes[1] == 'd');
-    EXPECT_EQ(reader->getPosition() + reader->getLength(), 0U); // both unknown
+    EXPECT_FALSE(GetFileLength(ends.get(), length) || GetFileLength(nullptr, length));
+    EXPECT_EQ(length, -1);
 }
 
 TEST(FileAccess, TellsLengthsAndPositionsOfLargeFiles)
@@ -103,75 +86,61 @@ TEST(FileAccess, TellsLengthsAndPositionsOfLargeFiles)
 
         const File file(std::fopen((folder / "a").c_str(), "rb"), std::fclose);
         long length = std::getc(file.get());
-        EXPECT_EQ(GetFileLength(file.get(), length), size <= LONG_MAX);
+        EXPECT_TRUE(GetFileLength(file.get(), length) == (size <= LONG_MAX) && std::ftell(file.get()) == 1);
         EXPECT_EQ(length, size <= LONG_MAX ? static_cast<long>(size) : -1);
-        EXPECT_EQ(std::ftell(file.get()), 1);
     }
-}
-
-// The names of a listing after their count.
-static std::string Listed(const std::string& directory, const std::string& pattern)
-{
-    CStdStr<char> untouched, *list = &untouched;
-    const unsigned long count = GetFileListInDirectory(directory, pattern, &list);
-    EXPECT_EQ(list == &untouched, count == 0);
-    const std::unique_ptr<CStdStr<char>[]> owned(count == 0 ? nullptr : list);
-    if (!kListsInByteOrder)
-        std::sort(list, list + count);
-    std::string text = std::to_string(count);
-    std::for_each(list, list + count, [&](const std::string& name) { text += " " + name; });
-    return text;
 }
 
 TEST(Folders, AreCreatedAndListed)
 {
     const TemporaryFolder folder;
-    EXPECT_TRUE(CreateDir(folder / "sub", &folder) && CreateDir(folder / "sub.txt", nullptr));
-    for (const char* name : {"a.txt", "B.TXT", "c.text", "d", ".hid", "two.dots.txt", "sub/deep.txt"})
-        WriteFile(folder / name, {1});
-    EXPECT_FALSE(CreateDir(folder / "sub", nullptr) || CreateDir(folder / "d", nullptr));
-    EXPECT_FALSE(CreateDir(folder / "none/c", nullptr) || CreateDir("", nullptr));
-
     const auto home = std::filesystem::current_path();
     std::filesystem::current_path(folder / "");
-    const std::string root = folder / "", whole = "8 .hid B.TXT a.txt c.text d sub sub.txt two.dots.txt";
-    const std::string cases[][3] = {{root, "*", whole},
-                                    {root + "\\", "*", whole},
-                                    {"", "*", whole},
-                                    {"sub", "*", "1 deep.txt"},
-                                    {"d", "*", "0"},
-                                    {"none", "*", "0"},
-                                    {"", "*.*", "6 .hid B.TXT a.txt c.text sub.txt two.dots.txt"},
-                                    {"", "*.t*", "5 B.TXT a.txt c.text sub.txt two.dots.txt"},
-                                    {"", "*.tx?", "4 B.TXT a.txt sub.txt two.dots.txt"},
-                                    {"", "?.TXT", "2 B.TXT a.txt"},
-                                    {"", "*.dots.*", "1 two.dots.txt"},
-                                    {"", "sub\\*", "1 deep.txt"},
-                                    {"", "sub/*.TXT", "1 deep.txt"},
-                                    {"", "sub*\\*", "0"},
-                                    {"", "*.", "0"}, // the extension is "."
-                                    {"", "", "0"}};
-    for (const auto& [directory, pattern, names] : cases)
-        EXPECT_EQ(Listed(directory, pattern), names) << directory << " " << pattern;
+    EXPECT_TRUE(CreateDir("sub", &folder) && CreateDir(folder / "sub.txt", nullptr));
+    for (const char* name : {"a.txt", "B.TXT", "c.text", "d", "sub/deep.txt"})
+        WriteFile(name, {1});
+    for (const char* name : {"sub", "d", "none/c", ""})
+        EXPECT_FALSE(CreateDir(name, nullptr)) << name;
+
+    const std::string root = folder / "";
+    const std::vector<std::string> names = {"B.TXT", "a.txt", "c.text", "d", "deep.txt", "sub", "sub.txt"};
+    const std::string cases[][3] = {
+        {root, "*", "xxxx-xx"},       {root + "\\", "*", "xxxx-xx"}, {"", "*", "xxxx-xx"},
+        {"", "*.*", "xxx---x"},       {"", "*.t*", "xxx---x"},       {"", "?.TXT", "xx-----"},
+        {"", "*.", "-------"},        {"", "sub\\*", "----x--"},     {"sub", "*", "----x--"},
+        {"", "sub/*.TXT", "----x--"}, {"d", "*", "-------"},         {"none", "*", "-------"},
+        {"", "", "-------"}};
+    for (const auto& [directory, pattern, marks] : cases) // an x for each of the names that it lists
+    {
+        std::vector<std::string> expected;
+        for (std::size_t i = 0; i < names.size(); ++i)
+            expected.insert(expected.end(), marks[i] == 'x' ? 1 : 0, names[i]);
+        CStdStr<char> untouched, *list = &untouched;
+        const unsigned long count = GetFileListInDirectory(directory, pattern, &list);
+        EXPECT_EQ(list == &untouched, count == 0);
+        const std::unique_ptr<CStdStr<char>[]> owned(count == 0 ? nullptr : list);
+        if (std::filesystem::path::preferred_separator == '\\') // Windows has an order of its own
+            std::sort(list, list + count);
+        EXPECT_EQ(std::vector<std::string>(list, list + count), expected) << directory << " " << pattern;
+    }
     std::filesystem::current_path(home);
 }
 
+// A stack that stays behind adds more than 100 characters to the list of what is mapped, where there is one.
 TEST(Threads, RunEndAndLeaveNothing)
 {
     EXPECT_EQ(beginThread(nullptr, nullptr), 0U);
-    std::atomic<int> ended = 0;
-    const auto routine = [](void* count) -> unsigned long
-    { return static_cast<unsigned long>(++*static_cast<std::atomic<int>*>(count)); };
-    long before = 0;
-    for (int i = 1; i <= 300; ++i)
+    std::atomic<unsigned long> ended = 0;
+    const auto routine = [](void* count) { return ++*static_cast<std::atomic<unsigned long>*>(count); };
+    std::size_t before = 0;
+    for (unsigned long i = 1; i <= 300; ++i)
     {
         ASSERT_NE(beginThread(routine, &ended), 0U);
-        for (int wait = 0; ended != i && wait < 10000; ++wait)
-            threadSleep(wait < 1000 ? 0 : 1);
-        ASSERT_EQ(ended, i);
-        before = i == 50 ? ThreadRemains() : before;
+        while (ended != i)
+            threadSleep(1);
+        before = i == 50 ? ReadFile("/proc/self/maps").size() : before;
     }
-    EXPECT_LT(ThreadRemains(), before + 125); // half of what 250 threads would leave
+    EXPECT_LE(ReadFile("/proc/self/maps").size(), before + 12500);
 }
 
 TEST(Time, OfDayAndSpent)
@@ -185,34 +154,26 @@ TEST(Time, OfDayAndSpent)
     const std::time_t now = std::time(nullptr);
     getTime(&seconds, &minutes, &hours);
     const std::tm local = *std::localtime(&now);
-    const int passed =
-        (hours - local.tm_hour) * 3600 + (minutes - local.tm_min) * 60 + seconds - local.tm_sec;
+    const int passed = ((hours - local.tm_hour) * 60 + minutes - local.tm_min) * 60 + seconds - local.tm_sec;
     EXPECT_LE((passed + 86400) % 86400, 5) << hours << ":" << minutes << ":" << seconds;
-}
-
-// The two extents of a window, outer and inner.
-static std::vector<unsigned long> Extents(const unsigned char* window)
-{
-    unsigned long width = 7, height = 8, innerWidth = 9, innerHeight = 10;
-    const bool isMeasured = GetWindowRect(window, width, height),
-               isFilled = GetClientRect(window, innerWidth, innerHeight);
-    EXPECT_TRUE(isMeasured == IsWindowExisting(window) && isFilled == isMeasured);
-    return {width, height, innerWidth, innerHeight};
 }
 
 TEST(Windows, AreMeasured)
 {
-    Window plain(false), framed(true);
-    const unsigned char zero[sizeof(void*)] = {};
-    const std::vector<unsigned long> none = {7, 8, 9, 10};
-    EXPECT_TRUE(Extents(nullptr) == none && Extents(zero) == none && Extents(plain.noWindow) == none);
+    const Window plain(false), framed(true);
     if (plain.outerWidth == 0)
         GTEST_SKIP() << "no display";
-    for (Window* const window : {&framed, &plain})
+    unsigned long width = 7, height = 8, innerWidth = 9, innerHeight = 10;
+    const unsigned char zero[sizeof(void*)] = {}, *const nothing = nullptr;
+    for (const unsigned char* const none : {nothing, zero, plain.noWindow})
+        EXPECT_FALSE(IsWindowExisting(none) || GetWindowRect(none, width, height) ||
+                     GetClientRect(none, width, height));
+    EXPECT_TRUE(width == 7 && height == 8);
+    for (const Window* const window : {&plain, &framed})
     {
-        EXPECT_EQ(Extents(window->handle),
-                  std::vector({window->outerWidth, window->outerHeight, 320UL, 200UL}));
-        window->Close();
-        EXPECT_EQ(Extents(window->handle), none);
+        EXPECT_TRUE(IsWindowExisting(window->handle) && GetWindowRect(window->handle, width, height) &&
+                    GetClientRect(window->handle, innerWidth, innerHeight));
+        EXPECT_TRUE(innerWidth == 320 && innerHeight == 200) << innerWidth << " x " << innerHeight;
+        EXPECT_TRUE(width == window->outerWidth && height == window->outerHeight) << width << " x " << height;
     }
 }

@@ -11,21 +11,12 @@ namespace test
 /// Blocks that are allocated and not yet released. Threads that a test starts release blocks, too.
 inline std::atomic<long> g_liveBlocks = 0;
 
-/// One allocation is refused; it and all later ones are; one read fails, unless the buffer of its stream
-/// serves it; the file `path` is cut to 100 bytes before one read.
-enum class Fault
-{
-    Allocation,
-    AllAllocations,
-    Read,
-    Cut
-};
-
-/// The next fault.
+/// The next fault: an allocation or a read fails, or, as a lasting one, this allocation and all later ones,
+/// or all reads of the file `path` beyond 100 bytes, as it is cut to these.
 struct Plan
 {
-    Fault fault = Fault::Allocation;
     int callsBefore = -1; ///< calls that succeed before; negative for no fault
+    bool isOfReads = false, isLasting = false;
     const char* path = nullptr;
     bool hasHappened = false;
 };
