@@ -6,7 +6,6 @@
 #include "Canvas.h"
 
 #include <array>
-#include <random>
 
 using namespace test;
 
@@ -28,9 +27,8 @@ std::uint32_t Stored(int depth, std::uint32_t pixel)
 {
     const auto nearest = [&](int shift, std::uint32_t step)
     { return ((pixel >> shift & 255) + step / 2) / step * step << shift; };
-    if (depth == 1)
-        return (pixel & kWhite) == kWhite ? kWhite : 0;
-    return depth == 8 ? nearest(16, 85) | nearest(8, 85) | nearest(0, 17) : pixel;
+    const std::uint32_t mono = (pixel & kWhite) == kWhite ? kWhite : 0;
+    return depth == 1 ? mono : depth == 8 ? nearest(16, 85) | nearest(8, 85) | nearest(0, 17) : pixel;
 }
 
 // An image of any depth, white here and there. Its colour table may be shorter than its pixels need.
@@ -38,14 +36,12 @@ CWinDib MakeImage(Input& input)
 {
     const int bits = std::array{1, 4, 8, 16, 24, 32}[input.Byte() % 6U], full = bits <= 8 ? 1 << bits : 0;
     const int width = 1 + input.Below(input.Below(8) == 0 ? 200 : 9), height = 1 + input.Below(9);
-    const BITMAPINFOHEADER header = {40, width, height, 1, static_cast<WORD>(bits), 0, 0, 0, 0, 0, 0};
-    Bytes packed(static_cast<std::size_t>(40 + 4 * full + (width * bits + 31) / 32 * 4 * height));
+    Bytes packed = BlankPacked(width, height, bits, 0, full);
     std::minstd_rand random(input.Byte() + 1U);
-    for (unsigned char& byte : packed)
-        byte = static_cast<unsigned char>(random() % 3 == 0 ? 255 : random() >> 8 & 255);
-    std::memcpy(packed.data(), &header, sizeof header);
+    std::generate(packed.begin() + 40, packed.end(),
+                  [&] { return static_cast<unsigned char>(random() % 3 == 0 ? 255 : random() >> 8); });
     CWinDib dib;
-    dib.Load(packed.data(), static_cast<int>(packed.size()));
+    LoadPacked(dib, packed);
     if (input.Below(2) == 0)
         dib.SetColorTable(dib.GetColorTable(), input.Below(full + 1));
     return dib;
@@ -65,9 +61,9 @@ std::vector<std::vector<int>> Taken(int size, std::int64_t at, std::int64_t exte
         {
             const std::int64_t j = extent < 0 ? at - to : to - at;
             const std::int64_t i = sourceExtent < 0 ? sourceAt - from : from - sourceAt;
-            const std::int64_t group = m < n ? j : i, member = m < n ? i : j;
+            const auto [group, member] = m < n ? std::pair(j, i) : std::pair(i, j);
             std::vector<int>& list = taken.data()[to];
-            if (j >= 0 && j < m && i >= 0 && i < n && border(group) <= member && member < border(group + 1))
+            if (group >= 0 && group < std::min(m, n) && border(group) <= member && member < border(group + 1))
                 list.insert(sourceExtent < 0 ? list.begin() : list.end(), from);
         }
     return taken;
@@ -94,9 +90,11 @@ void Paint(Picture& to, int depth, Picture source, const std::int64_t (&n)[8], i
 
 } // namespace
 
+// The first byte chooses the screen, and whether coordinates are spread wide or so close that most drawings
+// meet their target.
 void property::Gdi(Input input)
 {
-    const int depth = input.Below(2) == 0 ? 32 : 8;
+    const int kind = input.Byte(), depth = kind % 2 == 0 ? 32 : 8, scale = 4 << kind / 2 % 3;
     PALETTEENTRY colors[256], read[256];
     for (int i = 0; i < 256; ++i)
         colors[i] = {BYTE(i / 64 * 85), BYTE(i / 16 % 4 * 85), BYTE(i % 16 * 17), 0};
@@ -121,7 +119,7 @@ void property::Gdi(Input input)
         for (int& number : n)
         {
             const int any = input.Number();
-            number = std::abs(any / 2) > 100 ? any : any / 4;
+            number = std::abs(any / 2) > 100 ? any : (any < -32 ? any + 128 : any) / scale;
         }
         const int step = input.Below(4), mode = 1 + input.Below(4), to = input.Below(4),
                   from = input.Below(4);
@@ -143,7 +141,10 @@ void property::Gdi(Input input)
             if (depths[from] == 8) // the last entry of the palette is left out
                 std::replace(captured.pixels.begin(), captured.pixels.end(), kWhite, 0U);
             CWinDib dib;
-            Require(dib.Capture(canvases[from]->dc, rect) && PixelsOf(dib) == captured.pixels, "capturing");
+            Require(dib.Capture(canvases[from]->dc, rect), "capturing");
+            if (isEmpty) // the pixel of the bitmap that fresh contexts share, whatever was drawn on it
+                captured.pixels = {PixelsOf(dib).front()};
+            Require(PixelsOf(dib) == captured.pixels, "captured pixels");
         }
         else
         {
