@@ -167,7 +167,11 @@ TEST_F(Failure, LeavesImagesEmptyOrUnchanged)
         const Step choose = [&] { m_source.SetupInterpolMethod(method); };
         Check("bad_alloc", choose, [&] { return m_target.Resize(m_source); });
     }
-    EXPECT_FALSE(std::filesystem::exists("/dev/full") && m_source.Save("/dev/full")); // before it is closed
+    if (std::filesystem::exists("/dev/full"))
+    {
+        for (const int size : {50, 2}) // the first fails as it is written, the second as its file is closed
+            EXPECT_FALSE(RandomPicture(size, size, 24).Save("/dev/full"));
+    }
 
     // Blending and copying need no memory.
     m_blank = RandomPicture(256, 257, 32); // large enough for tables to pay
@@ -191,8 +195,8 @@ TEST_F(Failure, LeavesNothingByHalves)
                dropIndex = [&] { m_reader->end_profile_string(); },
                dropAndClear = [&] { drop(), m_text = ""; };
     m_file = "[a]\nk=" + kLong + "\n";
-    for (int i = 0; i < 4100; ++i) // the index grows twice
-        m_file += "x=\n";
+    for (int i = 0; i < 4100; ++i) // the index grows twice, and the file is read in two blocks
+        m_file += "x=1\n";
     Check("false", dropIndex, [&] { return Find(m_subject, true); });
     Check("false", drop, [&] { return Find(m_subject, false); });
     m_holdsSubject = true;
