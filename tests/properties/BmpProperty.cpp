@@ -157,11 +157,12 @@ Bytes MakeFile(Input& input)
 
 } // namespace
 
-// An input that starts as a BMP file is one.
+// An input that starts as a BMP file does, with one of two letters at least, is taken as it is.
 void property::Bmp(Input input)
 {
     Input start = input;
-    const bool isFile = start.Byte() == 'B' && start.Byte() == 'M';
+    const unsigned char first = start.Byte(), second = start.Byte();
+    const bool isFile = first == 'B' || second == 'M';
     const Bytes file = Affordable(isFile ? input.Rest() : MakeFile(input));
     CheckSave(CheckFile(file));
     const auto header = static_cast<std::ptrdiff_t>(std::min<std::size_t>(file.size(), 14));
