@@ -194,9 +194,10 @@ TEST_F(Failure, LeavesNothingByHalves)
     const Step drop = [&] { m_reader->EndStringFromIni(); },
                dropIndex = [&] { m_reader->end_profile_string(); },
                dropAndClear = [&] { drop(), m_text = ""; };
-    m_file = "[a]\nk=" + kLong + "\n";
-    for (int i = 0; i < 4100; ++i) // the index grows twice, and the file is read in two blocks
-        m_file += "x=1\n";
+    m_file = "[a]\n";
+    for (int i = 0; i < 5452; ++i) // the index grows twice
+        m_file += "x=\n";
+    m_file += "k=" + kLong + "\n"; // begins in the first block of 16384 bytes and ends in the second
     Check("false", dropIndex, [&] { return Find(m_subject, true); });
     Check("false", drop, [&] { return Find(m_subject, false); });
     m_holdsSubject = true;
