@@ -217,6 +217,7 @@ void ChangeToTrueColor(CTarvexDib& dib, bool withAlpha)
         return;
 
     dib.Create(from.Width(), from.Height(), withAlpha ? 32 : 24);
+    // The info header, 40 bytes before the table. ChangeToTrueColor also sets its biSizeImage.
     reinterpret_cast<BITMAPINFOHEADER*>(dib.GetColorTable() - 10)->biSizeImage =
         static_cast<std::uint32_t>(dib.BytesPerScanLine() * dib.Height());
     ForEachPixel(dib,
@@ -237,9 +238,9 @@ void ChangeToTrueColor(CTarvexDib& dib, bool withAlpha)
                      }
                      else
                      {
-                         const int inByte = 8 / bits;
-                         const int shift = 8 - bits * (x % inByte + 1);
-                         const tagRGBQUAD& color = table[row[x / inByte] >> shift & ((1 << bits) - 1)];
+                         const int at = x * bits; // from the highest bit of the first byte on
+                         const int index = row[at / 8] >> (8 - bits - at % 8) & ((1 << bits) - 1);
+                         const tagRGBQUAD& color = table[index];
                          pixel[0] = color.rgbBlue;
                          pixel[1] = color.rgbGreen;
                          pixel[2] = color.rgbRed;
