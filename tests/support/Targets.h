@@ -5,13 +5,17 @@
 namespace test
 {
 
-/// Calls `use` with the kernel tables that every processor can run, with one that shades even small pictures
-/// by a table of results, and last with the library's own choice, the best table for this processor.
+/// Calls `use` four times: scalar; scalar with shading always by table; SSE2; the best set of this processor.
+/// Only x86 has the third.
 template <typename Use>
 void ForEachTarget(const Use& use)
 {
     zel::KernelTable tabulating = zel::kScalarKernels;
     tabulating.shadeTablePixels = 0;
+    struct Restore // also if `use` throws
+    {
+        ~Restore() { zel::SetKernelsForTest(nullptr); }
+    } const restore;
     zel::SetKernelsForTest(&zel::kScalarKernels);
     use();
     zel::SetKernelsForTest(&tabulating);
