@@ -5,8 +5,8 @@
 
 using namespace test;
 
-// Each header field takes each of these values, in files that end at different places. The property compares
-// what loads with a plain reading of the same bytes.
+// Each field that decides whether a file loads, at its limits; files that end at different places. The
+// property compares what loads with a plain reading of the same bytes.
 TEST(BmpFile, HeadersAreCheckedAtTheirLimits)
 {
     const Bytes picture = FileAround(RandomPacked(4, 2, 8, 10, 10), 10);
@@ -24,13 +24,13 @@ TEST(BmpFile, HeadersAreCheckedAtTheirLimits)
                 EXPECT_NO_THROW(property::Bmp(Input(file.data(), length))) << value << " at " << field;
             }
 
-    // So many colours are read in parts. The lengths: all, without the pixel, and in the middle of a part.
+    // The table is read in parts. Lengths: whole, no pixel byte, and cut within a part.
     const Bytes large = FileAround(RandomPacked(1, 1, 32, 0, 100000), 100000);
     for (const std::size_t length : {large.size(), large.size() - 4, std::size_t{200000}})
         EXPECT_NO_THROW(property::Bmp(Input(large.data(), length)));
 }
 
-TEST(BmpFile, RefusesNoBufferStreamOrPath)
+TEST(BmpFile, RefusesNullBuffersStreamsAndPaths)
 {
     const TemporaryFolder folder;
     CTarvexDib dib = RandomPicture(3, 3, 4);

@@ -9,7 +9,7 @@ static_assert(kCatches<BasicError, MemoryError, ParameterError, MemberError>);
 static_assert(kCatches<EStdException, EConstruction, EOutOfBounds>);
 static_assert(kCatches<EBaseException, BasicError, EStdException, ENotFound, EFileAccess>);
 
-TEST(Errors, TellWhatTheyWereMadeWith)
+TEST(Errors, KeepTheirTexts)
 {
     const auto texts = [](const auto& error)
     { return error.getMethode() + error.getMsg() + error.getFile() + std::to_string(error.getLine()); };

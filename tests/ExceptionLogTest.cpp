@@ -20,7 +20,8 @@ extern "C" std::tm __wrap__ZN3zel9LocalTimeEv()
     return now;
 }
 
-// One test, as there is one log. What was there before, or before a crash, stands aside meanwhile.
+// One test, as there is one log. A log that exists already is moved aside and restored at the end; so is one
+// that a crashed run has left aside.
 TEST(ExceptionLog, KeepsEntriesInItsFileAndRepeatsThem)
 {
     const auto echo = [](const auto& error)
@@ -55,7 +56,7 @@ TEST(ExceptionLog, KeepsEntriesInItsFileAndRepeatsThem)
     EXPECT_EQ(echo(error), "");
     OSDependant::ActivateDebugLog(true);
 
-    // Where there is no standard error, the file gets its descriptor. No memory of the program's is needed.
+    // Without standard error the log file gets descriptor 2. Logging needs no memory.
     const int saved = dup(2);
     close(2);
     g_plan = {0, false, true};
@@ -90,5 +91,5 @@ TEST(ExceptionLog, KeepsEntriesInItsFileAndRepeatsThem)
 
     unsigned short seconds = 0, minutes = 0, hours = 0;
     OSDependant::getTime(&seconds, &minutes, &hours);
-    EXPECT_TRUE(seconds == 59 && minutes == 7 && hours == 9); // which knows no leap seconds
+    EXPECT_TRUE(seconds == 59 && minutes == 7 && hours == 9); // second 60 is reported as 59
 }

@@ -40,9 +40,10 @@ catch (const MemoryError& error)
 class Failure : public testing::Test
 {
 protected:
-    // Lets every allocation of a call fail in turn, and every read. The call is done all the same, or it
-    // fails as `failures` tells and leaves what `after` would leave in its place. Repeated, it is done. No
-    // more blocks of memory than `kept` are lost. Where there are no failures, nothing is allocated.
+    // Fails each allocation of `call` in turn, alone and with all later ones, then each read in the same way.
+    // Each time the call either succeeds, or fails in one of the ways in `failures` and leaves the state that
+    // `after` produces. A repeated call succeeds. At most `kept` blocks may leak. An empty `failures` means
+    // that nothing is allocated.
     void Check(std::string_view failures, const Step& after, const Call& call, long kept = 0,
                int line = __builtin_LINE())
     {
@@ -190,7 +191,7 @@ TEST_F(Failure, LeavesImagesEmptyOrUnchanged)
     ForEachTarget([&] { Check("", m_nothing, blend); });
 }
 
-TEST_F(Failure, LeavesNothingByHalves)
+TEST_F(Failure, ChangesAllOrNothing)
 {
     const Step drop = [&] { m_reader->EndStringFromIni(); },
                dropIndex = [&] { m_reader->end_profile_string(); },

@@ -95,7 +95,7 @@ TEST(Clone, StaysWithinTheLastRow)
     EXPECT_TRUE(std::equal(copy.GetScanLine(0), copy.GetScanLine(0) + 3, high.GetScanLine(0)));
 }
 
-TEST(CopyRect, RefusesRawPixelsThatAreNotThere)
+TEST(CopyRect, RefusesPositionsOutsideRawPixels)
 {
     const CTarvexDib dib = RandomPicture(4, 2, 32);
     const Bytes before = PixelBytes(dib);

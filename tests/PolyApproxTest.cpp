@@ -47,8 +47,8 @@ TEST(PolyApprox, ResidualsAreOrthogonalToEveryTerm)
     }
 }
 
-// The figures come from another implementation of the elimination. The first case swaps rows for the largest
-// magnitude; in the second two rows are equally good and the upper one stays.
+// The figures were computed independently, in doubles, with the same order of operations. The first case
+// swaps rows for the largest magnitude; in the second two rows are equally good and the upper one stays.
 TEST(PolyApprox, EveryBuildFindsTheSameDoubles)
 {
     const std::pair<ControlPoints, std::vector<double>> cases[] = {

@@ -110,4 +110,4 @@ done
 quietly x86_64-w64-mingw32-g++-posix -std=c++20 -static $warnings -I"$unpacked/include" tests/package/load.cpp \
     -o "$work/load.exe"
 quietly wine "$work/load.exe" "$(winepath -w "$unpacked/bin/ZelUtil.dll")"
-echo "as they should be"
+echo "packages: all checks passed"

@@ -14,9 +14,8 @@ namespace
 
 constexpr double kMaxBytes = 2147483647.0;
 
-// Header, colours and pixels of a packed form; nothing where it has to be refused. In a file the pixels start
-// at `pixelsAt`, biClrUsed is the colour count, and of the pixels all but one may be missing, which makes
-// them 0.
+// Returns header, colours and pixels, or nothing if the input must be refused. For a file, pixels start at
+// `pixelsAt`, biClrUsed is the colour count, and missing pixel bytes are 0 if at least one exists.
 std::optional<Bytes> ReadPlainly(Bytes packed, std::optional<double> pixelsAt)
 {
     if (packed.size() < 40 || Number(packed, 0) != 40 || Number(packed, 16) != 0)

@@ -49,31 +49,31 @@ CWinDib MakeImage(Input& input)
 
 // Along one axis: for each target position, the source positions that it takes. The borders between the
 // positions of the smaller extent, k * larger / smaller rounded half up, divide the larger one into groups.
-std::vector<std::vector<int>> Taken(int size, std::int64_t at, std::int64_t extent, int sourceSize,
-                                    std::int64_t sourceAt, std::int64_t sourceExtent)
+std::vector<std::vector<int>> SourceRanges(int size, std::int64_t at, std::int64_t extent, int sourceSize,
+                                           std::int64_t sourceAt, std::int64_t sourceExtent)
 {
     const std::int64_t m = std::abs(extent), n = std::abs(sourceExtent);
     const auto border = [larger = std::max(m, n), smaller = std::min(m, n)](std::int64_t k)
     { return k * larger / smaller + (k * larger % smaller * 2 >= smaller); };
-    std::vector<std::vector<int>> taken(static_cast<std::size_t>(size));
+    std::vector<std::vector<int>> ranges(static_cast<std::size_t>(size));
     for (int to = 0; to < size; ++to)
         for (int from = 0; from < sourceSize; ++from)
         {
             const std::int64_t j = extent < 0 ? at - to : to - at;
             const std::int64_t i = sourceExtent < 0 ? sourceAt - from : from - sourceAt;
             const auto [group, member] = m < n ? std::pair(j, i) : std::pair(i, j);
-            std::vector<int>& list = taken.data()[to];
+            std::vector<int>& list = ranges.data()[to];
             if (group >= 0 && group < std::min(m, n) && border(group) <= member && member < border(group + 1))
                 list.insert(sourceExtent < 0 ? list.begin() : list.end(), from);
         }
-    return taken;
+    return ranges;
 }
 
 // Draws the area n[4] to n[7] of the source, a position and two extents, into the area n[0] to n[3].
 void Paint(Picture& to, int depth, Picture source, const std::int64_t (&n)[8], int mode = COLORONCOLOR)
 {
-    const auto columns = Taken(to.width, n[0], n[2], source.width, n[4], n[6]);
-    const auto rows = Taken(to.height, n[1], n[3], source.height, n[5], n[7]);
+    const auto columns = SourceRanges(to.width, n[0], n[2], source.width, n[4], n[6]);
+    const auto rows = SourceRanges(to.height, n[1], n[3], source.height, n[5], n[7]);
     for (int i = 0; i < to.width * to.height; ++i)
     {
         const std::vector<int>&takenX = columns.data()[i % to.width], &takenY = rows.data()[i / to.width];
@@ -115,7 +115,7 @@ void property::Gdi(Input input)
     const int depths[] = {32, 1, depth, depth};
     while (!input.IsEmpty())
     {
-        int n[8];
+        int n[8]; // mostly small and positive, divided by `scale`; the extremes of int stay
         for (int& number : n)
         {
             const int any = input.Number();
@@ -135,10 +135,10 @@ void property::Gdi(Input input)
             const int width = rect.Width(), height = rect.Height();
             const bool isEmpty = width * height == 0;
             Picture captured = {isEmpty ? 1 : std::abs(width), isEmpty ? 1 : std::abs(height)};
-            if (from > 0 || depth == 32) // no other depth can be selected
+            if (from > 0 || depth == 32) // on a palette screen the 32-bit bitmap cannot be selected
                 Paint(captured, depths[from], source,
                       {0, 0, width, height, rect.left, rect.top, width, height});
-            if (depths[from] == 8) // the last entry of the palette is left out
+            if (depths[from] == 8) // Capture uses 255 palette entries, so index 255, white, becomes black
                 std::replace(captured.pixels.begin(), captured.pixels.end(), kWhite, 0U);
             CWinDib dib;
             Require(dib.Capture(canvases[from]->dc, rect), "capturing");

@@ -17,7 +17,7 @@ namespace
 {
 
 constexpr int kMaxCalls = 12;
-constexpr int kTrueColor = 0, kAny = -1; // depths: 24 or 32, and all of them
+constexpr int kTrueColor = 0, kAny = -1; // kTrueColor: 24 or 32 bits. kAny: any depth
 constexpr bool kSameSize = false, kScaled = true;
 
 bool HasPixel(const CTarvexDib& dib, int x, int y)
@@ -25,8 +25,9 @@ bool HasPixel(const CTarvexDib& dib, int x, int y)
     return x >= 0 && y >= 0 && x < dib.Width() && y < dib.Height();
 }
 
-// A picture whose bytes, padding too, follow from the input: random, multiples of 18 (cubic at whole factors
-// puts them between two bytes), two values, a gradient, stripes. Its depth is mostly the wanted one.
+// A picture whose bytes, padding too, follow from the input: random; multiples of 18, whose cubic sums at
+// integer factors lie on rounding borders; two values; a gradient; stripes. Its depth is mostly the wanted
+// one.
 CTarvexDib MakePicture(Input& input, int width, int height, int wanted)
 {
     constexpr int kDepths[] = {0, 1, 4, 8, 16, 24, 32};
@@ -99,7 +100,7 @@ struct Call
           green(MakeFraction(input)), blue(MakeFraction(input)), weight(MakeFraction(input)),
           alpha(input.Byte()), flag(input.Below(2) == 0)
     {
-        if (alpha % 2 == 0 && strength >= -INT_MAX) // results are largest about -100
+        if (alpha % 2 == 0 && strength >= -INT_MAX) // the largest shaded values occur near -100
             strength = -strength;
         target.SetupInterpolMethod(static_cast<CTarvexDib::InterpolMethod>(input.Below(3)));
         const CTarvexDib& keyed = input.Below(2) == 0 ? target : first;

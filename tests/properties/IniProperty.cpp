@@ -72,7 +72,7 @@ Values IndexedModel(const Text& text)
     return values;
 }
 
-// Whether `term` is at this place, which moves past it; else to where the search goes on.
+// Returns whether `term` is at `at`. If so, moves `at` past it; otherwise to where the search continues.
 bool Step(const Text& text, std::size_t& at, const Text& term)
 {
     std::size_t same = 0;
@@ -105,6 +105,8 @@ std::vector<Text> ListingModel(const Text& text)
         const std::size_t first = line.find_first_not_of(" \t\v\f\r\n"), end = line.find(']');
         if (first == Text::npos || line[first] != '[')
             continue;
+        // A header on the last line is not listed if the line has no line feed, unless it is the first name
+        // or its piece is full.
         if (!names.empty() && piece.back() != '\n' && piece.size() < 511)
             break;
         names.push_back(end == Text::npos ? "" : line.substr(first + 1, end - first - 1));
@@ -124,11 +126,11 @@ void property::Ini(Input input)
         "=",     "a",       "b",    "a b", "a=",    " ",    "\t",     ";",     "\r",      "\r\n",
         "\n",    "x",       "\xE4", "[",   "\nc=#", "\v",   "\x1A=",  "\r\r\n"};
     const int mode = input.Byte();
-    const auto asked = [mode](const Text& name) { return (mode & 1) != 0 ? Upper(name) : name; };
+    const auto cased = [mode](const Text& name) { return (mode & 1) != 0 ? Upper(name) : name; };
     const auto any = [&]
     {
         const Bytes bytes = input.Take(static_cast<std::size_t>(input.Below(4)));
-        return asked(Text(bytes.begin(), std::find(bytes.begin(), bytes.end(), 0)));
+        return cased(Text(bytes.begin(), std::find(bytes.begin(), bytes.end(), 0)));
     };
     std::set<Text> sections = {any()}, keys = {any()};
 
@@ -145,9 +147,9 @@ void property::Ini(Input input)
     {
         const std::size_t name = line.find('[') + 1, end = line.find('=') + 1; // 0 where there is none
         if (name > 0 && sections.size() < 4)
-            sections.insert(asked(line.substr(name, line.find(']', name) - name)));
+            sections.insert(cased(line.substr(name, line.find(']', name) - name)));
         for (std::size_t from = 0; from < end && keys.size() < 7; from = line.find_first_of(" \t=", from) + 1)
-            keys.insert(asked(line.substr(from, end - 1 - from)));
+            keys.insert(cased(line.substr(from, end - 1 - from)));
     }
 
     INIFileReader reader;

@@ -11,8 +11,8 @@ namespace test
 /// Blocks that are allocated and not yet released. Threads that a test starts release blocks, too.
 inline std::atomic<long> g_liveBlocks = 0;
 
-/// The next fault: an allocation or a read fails, or, as a lasting one, this allocation and all later ones,
-/// or all reads of the file `path` beyond 100 bytes, as it is cut to these.
+/// The next fault. Allocation: call number `callsBefore` fails; if `isLasting`, all later ones too. Read:
+/// that call fails; if `isLasting`, the file `path` is cut to 100 bytes first, and reads beyond them fail.
 struct Plan
 {
     int callsBefore = -1; ///< calls that succeed before; negative for no fault

@@ -6,8 +6,8 @@
 namespace test
 {
 
-/// Waits until no other process of the machine that has called this still runs. Returns the path of the debug
-/// log, which all of them share.
+/// Takes a lock that this process keeps until it ends, so that one test process at a time uses the debug log.
+/// Returns the log's path.
 std::string LockLog();
 
 /// A window of 320 x 200 pixels inside its frame, if it has one. It stays until the program ends. With the
