@@ -12,7 +12,7 @@ struct ZELUTIL_API CVar
 
     std::string name;
     std::string valueText;
-    unsigned int flags; ///< bits defined by the caller: those of all requests so far
+    unsigned int flags; ///< the union of the flags of all successful CVar_Get calls for this name
     bool created;       ///< true once CVar_Get has created the record
     float value;        ///< std::atof of the default text, as a float
     CVar* next; ///< the record created just before this one; null in the first. A copy is not in the table.

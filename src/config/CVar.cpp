@@ -13,7 +13,7 @@ CVar* g_newest = nullptr;
 
 } // namespace
 
-// The other fields keep their value, which is zero in the records of the table: they are static.
+// Leaves the other fields alone: the table's records are static and so zero.
 CVar::CVar() {}
 
 CVar* CVar_Get(const char* name, const char* defaultText, unsigned int flags)

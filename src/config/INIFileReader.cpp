@@ -172,7 +172,7 @@ const bool INIFileReader::GetStringFromIni(const CStdStr<char>& fileName, const 
     return false;
 }
 
-// False if the indexed engine cannot hold this file. It may still hold another one then.
+// Makes the indexed engine hold this file. Returns false if it cannot; it may still hold another.
 bool INIFileReader::ReadProfile(const char* fileName)
 {
     if (m_profileIndex == nullptr)

@@ -1,6 +1,7 @@
 #include "config/TextFile.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <new>
 
@@ -113,7 +114,7 @@ bool ReadTextFile(const char* name, std::unique_ptr<char[]>& text)
     if (count > kMaxTextLength)
         return false;
 
-    text.reset();                     // the old text goes before there is a new one
+    text.reset();                     // freed first, so that the two texts are never in memory together
     if (std::ferror(file.get()) != 0) // only a part was counted
         return false;
     text.reset(new (std::nothrow) char[count + 1]);

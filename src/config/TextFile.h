@@ -2,7 +2,6 @@
 
 #include "system/Platform.h"
 
-#include <cstddef>
 #include <cstdio>
 
 #include <memory>

@@ -20,8 +20,8 @@ struct ResizeJob
 };
 
 /// \name Methods
-/// Each fills all pixels of the target. std::bad_alloc, before the first pixel is written, where memory for
-/// the tables runs out.
+/// Each fills all pixels of the target. If the tables cannot be allocated, it throws std::bad_alloc before it
+/// writes a pixel.
 /// @{
 void ResizeNearest(const ResizeJob& job);
 void ResizeLinear(const ResizeJob& job);

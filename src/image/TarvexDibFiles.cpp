@@ -14,9 +14,9 @@ using zel::File;
 namespace
 {
 
-// Reads exactly `bytes` bytes. Null where the stream has fewer or memory runs out. The block grows with the
-// bytes that were read, so that a file that only claims to be large costs at most 64 KiB or three times the
-// bytes that it has.
+// Reads exactly `bytes` bytes. Returns null if the stream has fewer or memory runs out. The block grows with
+// the bytes that were read, so a file that claims to be large costs at most 64 KiB, or three times its real
+// size.
 Block ReadExactly(std::FILE* stream, std::size_t bytes)
 {
     constexpr std::size_t kFirstPart = 64 * 1024;

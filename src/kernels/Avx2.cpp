@@ -331,8 +331,8 @@ namespace zel
 namespace
 {
 
-/// Shades bytes of s1 and s2 that come as 2^52 + byte. Returns 2^52 + the product rounded down: a double
-/// whose low word is the product, or twice the product where that is negative.
+/// s1 and s2 are doubles 2^52 + byte. Returns 2^52 + floor(product): the low word is the product; negative
+/// products come out doubled, and the saturating packs clamp them to 0.
 __m256 ShadedWords(__m256i s1, __m256i s2, __m256d k, __m256d f)
 {
     const __m256d base = _mm256_set1_pd(0x1p52), one = _mm256_set1_pd(1.0);
@@ -353,7 +353,7 @@ __m256i ShadedPart(__m256i s1, __m256i s2, __m256i part, __m256d k, __m256d f)
     return _mm256_castps_si256(_mm256_shuffle_ps(low, high, 0x88));
 }
 
-/// For ShadedPart: these four of each sixteen bytes.
+/// A shuffle mask that puts these four of each sixteen bytes into the low bytes of four 32-bit integers.
 __m256i Part(int first, int second, int third, int fourth)
 {
     const int unused = static_cast<int>(0x80808000);

@@ -2,8 +2,6 @@
 
 #include "kernels/Kernels.h"
 
-#include <cstring>
-
 /// The vector rows of Kernels.h. The source of an instruction set defines a type Vector, its operations
 /// and the rows that need instructions of their own, and then includes this file, so that the code is
 /// compiled once per instruction set.

@@ -32,8 +32,7 @@ __attribute__((format(printf, 1, 2))) void WriteDebugLog(const char* format, ...
 
     const std::tm now = zel::LocalTime();
 
-    // The echo consists of a line end and the message, the entry of the time stamp, the message and a line
-    // end.
+    // echo = line end + message. entry = time stamp + message + line end.
     char echo[1 + kMessageSize] = "\n";
     char* const message = echo + 1;
     va_list arguments;

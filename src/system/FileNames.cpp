@@ -36,9 +36,9 @@ std::string_view Extension(std::string_view path)
 
 bool MatchesExtension(std::string_view pattern, std::string_view text)
 {
-    // Backtracking: the last "*" met so far, and the end of the text that it has taken. On a mismatch it
-    // takes one more character. Earlier ones need not: they would only make the last one start later, and all
-    // that it could reach from there it also reaches by taking more itself.
+    // Backtracking: the last "*" met so far, and the end of the text that it has taken. On a mismatch the
+    // last "*" takes one more character. Earlier stars need no retry: giving them more only moves the last
+    // star's start to the right, which its own growth covers.
     std::size_t star = pattern.npos, taken = 0;
     std::size_t p = 0, t = 0;
     while (t < text.size())
@@ -89,8 +89,8 @@ bool MatchesSearch(std::string_view expression, std::string_view name)
     if (expression.empty())
         return false;
 
-    // Dynamic programming, from the back of the expression: with[j] says whether its elements from i on match
-    // the name from position j on, without[j] the same for the elements from i + 1 on.
+    // Dynamic programming, from the back of the expression. with[j]: elements from i on match name[j..];
+    // without[j]: elements from i + 1 on match it.
     const std::size_t end = name.size();
     std::vector<char> with(end + 1), without(end + 1);
     without[end] = 1;

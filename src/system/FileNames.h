@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-/// Helpers of this room for names of files and the patterns that callers look for them with. They know text
-/// only, no files, and use nothing of ours.
+/// Text operations on file names and on the patterns that callers search with. They do not touch the file
+/// system.
 namespace zel
 {
 

@@ -110,7 +110,7 @@ private:
         std::uint32_t nextFree = 0;
     };
 
-    /// Beyond the table for a handle that is too low.
+    /// Returns the slot number. A number below kFirstNumber wraps to a huge value, which Find rejects.
     static std::size_t SlotOf(const void* handle)
     {
         return (reinterpret_cast<std::uintptr_t>(handle) & 0xFFFF) - kFirstNumber;
@@ -139,7 +139,7 @@ struct Device
     std::mutex mutex;
     HandleTable objects;
     Screen screen;
-    HBITMAP stockBitmap = nullptr; ///< like the default palette null until there is memory for it
+    HBITMAP stockBitmap = nullptr; ///< null, like defaultPalette, until its allocation has succeeded
     HPALETTE defaultPalette = nullptr;
 };
 

@@ -6,7 +6,6 @@
 #include <cctype>
 #include <cerrno>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <dirent.h>
 #include <dlfcn.h>
@@ -33,8 +32,8 @@ bool IsOfType(int descriptor, mode_t type)
     return fstat(descriptor, &status) == 0 && (status.st_mode & S_IFMT) == type;
 }
 
-// The program's own path; empty if the system does not tell it. After the path of a file that was deleted
-// meanwhile, the system puts a remark, which is no part of it.
+// The program's own path; empty if the system does not report it. If the program's file was deleted, the
+// system appends " (deleted)", which is removed.
 std::string ProgramPath()
 {
     constexpr std::string_view kDeleted = " (deleted)";
@@ -78,8 +77,8 @@ bool LoadedName(const char* fileName, int index, char (&name)[PATH_MAX])
                &search) != 0;
 }
 
-// The full path of a library, from the name by which it was loaded. A relative name does not do, since the
-// current folder may have changed after that; the loader knows the library's folder.
+// The full path of a library, from the name by which it was loaded. A relative name is resolved by the
+// loader, because the current folder may have changed.
 std::string LibraryPath(const char* name)
 {
     if (*name == '/')

@@ -52,8 +52,7 @@ xcb_window_t Handle(const unsigned char* window)
     return handle;
 }
 
-// Adds the frame that the window manager says it has put around the window. What is no plausible answer is
-// ignored.
+// Adds the frame that the window manager says it has put around the window. Implausible values are ignored.
 void AddFrame(xcb_connection_t* connection, xcb_window_t window, Extent& extent)
 {
     const auto name = xcb_intern_atom(connection, true,
@@ -77,7 +76,7 @@ void AddFrame(xcb_connection_t* connection, xcb_window_t window, Extent& extent)
     extent.height += sides[2] + sides[3];
 }
 
-// Only windows have attributes. A geometry would not be proof, since pixmaps have one too.
+// Asks for attributes, which only windows have; pixmaps also have a geometry.
 bool Exists(xcb_connection_t* connection, xcb_window_t window)
 {
     const auto request = xcb_get_window_attributes(connection, window);
