@@ -10,13 +10,13 @@ using namespace test;
 TEST(BmpFile, HeadersAreCheckedAtTheirLimits)
 {
     const Bytes picture = FileAround(RandomPacked(4, 2, 8, 10, 10), 10);
-    for (const std::size_t field : {0, 10, 14, 18, 22, 28, 30, 34, 46})
+    for (const unsigned field : {0U, 10U, 14U, 18U, 22U, 28U, 30U, 34U, 46U})
         for (const std::uint32_t value :
              {0U,          1U,          2U,          12U,        40U,         53U,
               54U,         64U,         93U,         94U,        215U,        216U,
               0x4142U,     0x4D41U,     0x10002U,    0x1000000U, 0x3FFFFFFFU, 0x40000000U,
               0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFEU, 0xFFFFFFFFU})
-            for (const std::size_t length : {33, 34, 53, 54, 95, 216})
+            for (const unsigned length : {33U, 34U, 53U, 54U, 95U, 216U})
             {
                 Bytes file = picture;
                 file.resize(216);
