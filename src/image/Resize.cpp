@@ -16,10 +16,10 @@
 // - Bilinear, no side longer than 32768, the product of both denominators at most 127 and odd or a power of
 //   two: ResizeLinearFixedPoint. Sums of integers are exact, and FitsFixedPoint proves that the doubles round
 //   to the same byte.
-// - Cubic, source / target an integer on both axes, at most 16 across: ResizeCubicInteger. The weights are
-//   (1, 4, 1) / 6. A sum on a rounding border is computed again in doubles.
-// - Any other scale: ResizeLinearSeparable and ResizeCubicSeparable. Two float passes with a proven error
-//   bound; what lies within the bound of a rounding border is computed again in doubles.
+// - Bilinear otherwise, and cubic: ResizeLinearSeparable and ResizeCubic. Two float passes with a
+//   proven error bound; what lies within the bound of a rounding border is computed again in doubles.
+//
+// Both kinds of passes run in ResizeInTwoPasses: first along x, then along y.
 
 namespace zel
 {
@@ -103,15 +103,6 @@ void ResizeLinear(const ResizeJob& job)
     ResizeLinearFixedPoint(job, x, y);
 }
 
-void ResizeCubic(const ResizeJob& job)
-{
-    constexpr int kLargestStep = 16; // beyond, the integer path reads too many bytes that it does not need
-    const RationalScale x(job.to.Width(), job.from.Width()), y(job.to.Height(), job.from.Height());
-    if (IsInteger(x, y) && x.numerator <= kLargestStep)
-        return ResizeCubicInteger(job, x, y);
-    ResizeCubicSeparable(job);
-}
-
 void ScaleRows(const CTarvexDib& to, const CTarvexDib& from, const int* columns, const int* rows,
                int channels, bool opaque)
 {
@@ -130,6 +121,8 @@ void ScaleRows(const CTarvexDib& to, const CTarvexDib& from, const int* columns,
             continue;
         }
         const unsigned char* const src = from.GetPixelFast(0, rows[row]);
+        if (row > 0 && rows[row - 1] + 1 < rows[row])
+            Prefetch(from.GetPixelFast(0, rows[row - 1]), from.Width() * from.PixelSize());
         if (isRun)
             std::memcpy(dst, src + columns[0], rowBytes);
         else

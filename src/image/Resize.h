@@ -44,15 +44,11 @@ struct RationalScale
 /// Called by the methods, when the scales admit them.
 /// @{
 
-/// Any scale.
+/// Any scale. ResizeCubic is the path of its method.
 void ResizeLinearSeparable(const ResizeJob& job);
-void ResizeCubicSeparable(const ResizeJob& job);
 
 /// Scales for which FitsFixedPoint in Resize.cpp holds, other than integers on both axes.
 void ResizeLinearFixedPoint(const ResizeJob& job, const RationalScale& x, const RationalScale& y);
-
-/// Scales whose denominators are 1, with a numerator of at most 16 across.
-void ResizeCubicInteger(const ResizeJob& job, const RationalScale& x, const RationalScale& y);
 
 /// @}
 
@@ -61,6 +57,15 @@ void ResizeCubicInteger(const ResizeJob& job, const RationalScale& x, const Rati
 /// becomes 255 when `opaque`.
 void ScaleRows(const CTarvexDib& to, const CTarvexDib& from, const int* columns, const int* rows,
                int channels, bool opaque);
+
+/// Loads bytes into the caches ahead of their use. Processors do so themselves as long as rows follow each
+/// other in memory.
+inline void Prefetch(const unsigned char* bytes, int count)
+{
+    constexpr int kLineBytes = 64;
+    for (int i = 0; i < count; i += kLineBytes)
+        __builtin_prefetch(bytes + i);
+}
 
 /// A table of valueOf(0) to valueOf(count - 1). Throws std::bad_alloc if memory runs out, also
 /// where the size overflows on a 32-bit system.

@@ -4,7 +4,6 @@
 #include "kernels/Kernels.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <iterator>
@@ -13,8 +12,10 @@
 namespace zel
 {
 
-/// Columns are taken in strips, so that the filtered source rows of a strip stay in the first-level cache.
-inline constexpr int kStripColumns = 384;
+/// Columns are taken in strips of whole groups, so that the filtered source rows of a strip stay in the
+/// first-level cache.
+inline constexpr int kStripColumns = 512;
+static_assert(kStripColumns % kGroup == 0);
 
 /// The latest source rows after the horizontal pass. Rows that are used together are neighbours, so each has
 /// the slot of its number modulo `kSlots`.
@@ -48,13 +49,6 @@ private:
     std::unique_ptr<Value[]> m_values;
 };
 
-/// Stores pixels of 3 bytes as the blue, green, red of pixels of 4 bytes, whose alpha stays.
-inline void StoreBgrKeepAlpha(unsigned char* dst, const unsigned char* bgr, int count)
-{
-    for (int i = 0; i < count; ++i, dst += 4, bgr += 3)
-        std::memcpy(dst, bgr, 3);
-}
-
 /// What the columns of a result read of a source row.
 template <typename Taps>
 struct Columns
@@ -75,58 +69,132 @@ struct Columns
     int wideReadEnd; ///< from this column on, loading four bytes at a tap could leave the source row
 };
 
-/// Part of a row of the result: an estimate writes all pixels and marks those that it cannot decide, which
-/// are then computed in doubles, as defined.
-class EstimatedStrip
+/// The tables of ColumnTaps for the columns of a result. A column reads neighbouring pixels, which all lie in
+/// the row: where the definition repeats a pixel at an end, its neighbours get the weight 0, or the weights
+/// of the repeated pixel are added up.
+template <typename Weight>
+class ColumnTable
 {
 public:
-    explicit EstimatedStrip(const ResizeJob& job)
-        : m_channels(job.channels), m_isDirect(job.channels == job.to.PixelSize())
+    /// indexOf(i, k) is the pixel of tap k in column i, clamped to the row; weightOf(i, k) is its weight.
+    template <typename IndexOf, typename WeightOf>
+    ColumnTable(const ResizeJob& job, int taps, const IndexOf& indexOf, const WeightOf& weightOf)
+        : m_taps(taps),
+          m_offsets(Tabulate(Padded(job.to.Width()),
+                             [&](int i)
+                             {
+                                 const int first = indexOf(std::min(i, job.to.Width() - 1), 0);
+                                 return std::clamp(first, 0, std::max(job.from.Width() - taps, 0));
+                             })),
+          m_weights(std::make_unique<Weight[]>(static_cast<std::size_t>(Padded(job.to.Width())) *
+                                               static_cast<std::size_t>(taps)))
     {
+        for (int i = 0; i < Padded(job.to.Width()); ++i)
+            for (int k = 0; k < taps; ++k)
+            {
+                const int column = std::min(i, job.to.Width() - 1);
+                const int place = indexOf(column, k) - m_offsets.get()[i];
+                m_weights.get()[(i / kGroup * taps + place) * kGroup + i % kGroup] += weightOf(column, k);
+            }
+        for (int i = 0; i < Padded(job.to.Width()); i += kGroup)
+            m_span = std::max(m_span, m_offsets.get()[i + kGroup - 1] - m_offsets.get()[i]);
+        m_step = m_span < kNearSpan ? 4 : job.from.PixelSize();
+        for (int i = 0; i < Padded(job.to.Width()); ++i)
+            m_offsets.get()[i] *= m_step;
     }
 
-    /// Fills `columns` pixels, at most kStripColumns, from dst on. estimate(out, ambiguous) writes `channels`
-    /// bytes per pixel and a mark, 0 or 1, for each. fixUp(list, count) computes the listed columns.
-    template <typename Estimate, typename FixUp>
-    void Fill(unsigned char* dst, int columns, const Estimate& estimate, const FixUp& fixUp)
+    /// Bytes per pixel of the rows that the columns are to read.
+    int Step() const { return m_step; }
+
+    /// The first pixel that the columns from this one on read, and the one after the last up to it.
+    int FirstPixel(int column) const { return m_offsets.get()[column] / m_step; }
+    int EndPixel(int column) const { return FirstPixel(column) + m_taps; }
+
+    ColumnTaps<Weight> From(int column) const
     {
-        estimate(m_isDirect ? dst : m_bytes, m_ambiguous);
-        if (!m_isDirect)
-            StoreBgrKeepAlpha(dst, m_bytes, columns);
-        const int count = ListAmbiguous(columns);
-        fixUp(m_list, count);
+        return {m_offsets.get() + column, m_weights.get() + std::ptrdiff_t{column} * m_taps, m_step,
+                m_span * m_step};
     }
 
 private:
-    // Lists the columns with a marked byte and returns their count. Eight marks are looked at together; the
-    // last eight may reach past the strip.
-    int ListAmbiguous(int columns)
+    /// Rows are widened to 4 bytes a pixel for columns that are close, since vectors then fetch eight of them
+    /// at once.
+    static constexpr int kNearSpan = 16;
+
+    static int Padded(int count) { return (count + kGroup - 1) / kGroup * kGroup; }
+
+    int m_taps;
+    std::unique_ptr<int[]> m_offsets;
+    std::unique_ptr<Weight[]> m_weights;
+    int m_span = 0;
+    int m_step;
+};
+
+/// Source rows that are followed by kRowSlack bytes of memory, and are widened to `step` bytes per pixel.
+class SourceRows
+{
+public:
+    SourceRows(const CTarvexDib& from, int step)
+        : m_from(from), m_end(from.GetPixelFast(0, 0) + from.BytesPerScanLine()), m_step(step),
+          m_row(std::make_unique<unsigned char[]>(std::size_t{4} * static_cast<std::size_t>(from.Width()) +
+                                                  kRowSlack))
     {
-        const int bytes = m_channels * columns;
-        std::memset(m_ambiguous + bytes, 0, 7);
-        int count = 0, last = -1;
-        for (int at = 0; at < bytes; at += 8)
-        {
-            std::uint64_t eight;
-            std::memcpy(&eight, m_ambiguous + at, sizeof eight);
-            for (; eight != 0; eight &= eight - 1)
-            {
-                const int byte = at + std::countr_zero(eight) / 8;
-                const int column = m_channels == 3 ? byte / 3 : byte / 4;
-                m_list[count] = column;
-                count += column != last;
-                last = column;
-            }
-        }
-        return count;
     }
 
-    int m_channels;
-    bool m_isDirect; ///< whether the estimate has the target's pixel size and goes there at once
-    unsigned char m_bytes[4 * kStripColumns];
-    unsigned char m_ambiguous[4 * kStripColumns + 7];
-    int m_list[kStripColumns + 1]; ///< the entry after the last column may be written
+    /// A row of which the pixels from `begin` up to `end` are there. The next call may overwrite it.
+    const unsigned char* Row(int row, int begin, int end) const
+    {
+        const unsigned char* const src = m_from.GetPixelFast(begin, row);
+        unsigned char* const copy = m_row.get() + std::ptrdiff_t{m_step} * begin;
+        if (m_step != m_from.PixelSize())
+            ActiveKernels().bgr24ToBgra32Row(copy, src, end - begin);
+        else if (m_end - src < std::ptrdiff_t{m_step} * (end - begin) + kRowSlack)
+            std::memcpy(copy, src, static_cast<std::size_t>(m_step) * static_cast<std::size_t>(end - begin));
+        else
+            return m_from.GetPixelFast(0, row);
+        return m_row.get();
+    }
+
+private:
+    const CTarvexDib& m_from;
+    const unsigned char* m_end; ///< of the pixels in memory
+    int m_step;
+    std::unique_ptr<unsigned char[]> m_row;
 };
+
+/// Fills the target in two passes, along x and along y, strip by strip. `Method` has the type Value of the
+/// sums along x, the most rows of them that it needs at a time, kRows, and
+/// - columns, a ColumnTable,
+/// - FilterRow(out, src, begin, groups), the pass along x, and
+/// - FillRow(dst, row, begin, count, filteredRow), the pass along y.
+template <typename Method>
+void ResizeInTwoPasses(const ResizeJob& job, const Method& method)
+{
+    const int width = job.to.Width();
+    const SourceRows source(job.from, method.columns.Step());
+    RollingBuffer<typename Method::Value, Method::kRows> filtered(4 * kStripColumns);
+    for (int begin = 0; begin < width; begin += kStripColumns)
+    {
+        const int count = std::min(width - begin, kStripColumns), groups = (count + kGroup - 1) / kGroup;
+        const int first = method.columns.FirstPixel(begin);
+        const int end = std::min(method.columns.EndPixel(begin + count - 1), job.from.Width());
+        const int pace = static_cast<int>(job.stepY); // at which rows of the source follow each other
+        filtered.Clear();
+        const auto filteredRow = [&](int row)
+        {
+            return filtered.Row(row,
+                                [&](typename Method::Value* out)
+                                {
+                                    if (pace > 1 && row >= pace)
+                                        Prefetch(job.from.GetPixelFast(first, row - pace),
+                                                 (end - first) * job.from.PixelSize());
+                                    method.FilterRow(out, source.Row(row, first, end), begin, groups);
+                                });
+        };
+        for (int row = job.to.Height() - 1; row >= 0; --row) // the order of memory
+            method.FillRow(job.to.GetPixelFast(begin, row), row, begin, count, filteredRow);
+    }
+}
 
 /// The pixels from column `begin` of row `row` on, for FixUpCubicPixels.
 inline CubicFixUp MakeCubicFixUp(const ResizeJob& job, const Columns<CubicTaps>& columns, int begin, int row,

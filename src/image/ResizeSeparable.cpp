@@ -1,131 +1,140 @@
 #include "image/ResizeRows.h"
 
+#include <bit>
+
 // Bilinear and cubic at any scale. Two float passes estimate each sum: each source row is filtered along x
 // once, and the filtered rows are then added under the weights along y. If the estimate lies farther than the
 // error bound from a rounding border, its byte is certain. The other pixels are computed again in doubles, as
 // defined.
 //
-// The error bound. Let u = 255 * 2^-24, the largest byte times the relative rounding error of a float. One
-// pass over n taps errs by at most
-//   (n / 2) u   from the weights: one below 1 changes by up to 2^-25 when it becomes a float,
-//   1 u         from the products, since the weights sum to 1, and
-//   (n - 1) u   from the additions,
-// which is 6 u for n = 4. Both passes together err by at most 12 u < 12 / 65536. Truncation to whole units of
-// 1 / 65536 adds one unit, so that a byte is certain if its sum is 13 units or more away from a border. One
-// unit more covers the rounding errors of the doubles, which are below 2^-40, and makes 14. The margin of 16
-// leaves two units to spare.
+// The error bound, in units of u = 2^-17 = 256 * 2^-25. A float below 256 is rounded by at most 1 u, one from
+// 256 to 512 by at most 2 u. Weights are positive and sum to 1, so that a relative error of 2^-24 in each
+// weight, or in each product, changes a sum of bytes by at most 255 * 2^-24 < 2 u. With four taps (two err
+// less):
+//   along x, 8 u from the weights: each is rounded as it becomes a float, and, at the ends of a row, in up to
+//              three additions;
+//            2 u from the products (none where they are rounded together with the additions);
+//            4 u from the additions;
+//   along y, 2 u from the weights;
+//            2 u from the products;
+//            8 u from the additions, whose sums start at kVerticalBias and stay below 512.
+// That is 26 u, or 6.5 units of VerticalRow. The doubles err by less than 2^-40, so a byte is certain if its
+// sum is 7 units or more away from a border.
 
 namespace zel
 {
 
-static_assert(kRoundingMargin >= 14);
+static_assert(kRoundingMargin >= 7);
 
 namespace
 {
 
-TapSet MakeTapSet(const LinearTaps& tap)
+// The weights of a position in floats.
+void GetWeights(const LinearTaps& taps, float (&weights)[4])
 {
-    return {{tap.offset[0], tap.offset[1], 0, 0},
-            {static_cast<float>(1.0 - tap.fraction), static_cast<float>(tap.fraction), 0.0F, 0.0F}};
+    weights[0] = static_cast<float>(1.0 - taps.fraction);
+    weights[1] = static_cast<float>(taps.fraction);
 }
 
-TapSet MakeTapSet(const CubicTaps& tap)
+void GetWeights(const CubicTaps& taps, float (&weights)[4])
 {
-    TapSet result;
     for (int k = 0; k < 4; ++k)
-    {
-        result.offsets[k] = tap.offset[k];
-        result.coefficients[k] = static_cast<float>(tap.weight[k]);
-    }
-    return result;
+        weights[k] = static_cast<float>(taps.weight[k]);
 }
 
-// What differs between the methods. FixUpPixels computes the listed pixels, counted from column `begin`,
-// in doubles as defined.
-struct Linear
+// Computes a pixel in doubles, as defined.
+void FixUpPixels(const ResizeJob& job, const Columns<LinearTaps>& columns, int row, const LinearTaps& rowTap,
+                 const int* list, int count)
 {
-    using Taps = LinearTaps;
-    static constexpr int kTaps = 2;
-    static constexpr auto MakeTap = MakeLinearTaps;
+    for (int i = 0; i < count; ++i)
+        LinearRow(job.to.GetPixelFast(list[i], row), job.to.PixelSize(),
+                  job.from.GetPixelFast(0, rowTap.offset[0]), job.from.GetPixelFast(0, rowTap.offset[1]),
+                  rowTap.fraction, columns.taps.get() + list[i], 1, job.channels);
+}
 
-    static void FixUpPixels(const ResizeJob& job, const Columns<Taps>& columns, int begin, int row,
-                            const Taps& rowTap, const int* list, int count)
+void FixUpPixels(const ResizeJob& job, const Columns<CubicTaps>& columns, int row, const CubicTaps& rowTap,
+                 const int* list, int count)
+{
+    ActiveKernels().fixUpCubicPixels(MakeCubicFixUp(job, columns, 0, row, rowTap), list, count);
+}
+
+// The number of taps that have weights other than 0. At integer positions the last of a cubic has not.
+int UsedTaps(const LinearTaps*, int)
+{
+    return 2;
+}
+
+int UsedTaps(const CubicTaps* taps, int count)
+{
+    return std::all_of(taps, taps + count, [](const CubicTaps& tap) { return tap.weight[3] == 0.0; }) ? 3 : 4;
+}
+
+template <typename Taps, Taps (*kMakeTaps)(double, int, int)>
+struct Separable
+{
+    using Value = float;
+    static constexpr int kRows = 4;
+
+    explicit Separable(const ResizeJob& resizeJob)
+        : job(resizeJob), definition(job, kMakeTaps), taps(UsedTaps(definition.taps.get(), job.to.Width())),
+          columns(
+              job, taps,
+              [&](int i, int k) { return definition.taps.get()[i].offset[k] / job.from.PixelSize(); },
+              [&](int i, int k)
+              {
+                  float weights[4];
+                  GetWeights(definition.taps.get()[i], weights);
+                  return weights[k];
+              }),
+          rows(TabulateRows(job.to.Height(), 0.0, job.stepY,
+                            [&](double y) { return kMakeTaps(y, job.from.Height(), 1); }))
     {
-        const unsigned char* const upper = job.from.GetPixelFast(0, rowTap.offset[0]);
-        const unsigned char* const lower = job.from.GetPixelFast(0, rowTap.offset[1]);
-        for (int i = 0; i < count; ++i)
-            LinearRow(job.to.GetPixelFast(begin + list[i], row), job.to.PixelSize(), upper, lower,
-                      rowTap.fraction, columns.taps.get() + begin + list[i], 1, job.channels);
     }
-};
 
-struct Cubic
-{
-    using Taps = CubicTaps;
-    static constexpr int kTaps = 4;
-    static constexpr auto MakeTap = MakeCubicTaps;
-
-    static void FixUpPixels(const ResizeJob& job, const Columns<Taps>& columns, int begin, int row,
-                            const Taps& rowTap, const int* list, int count)
+    void FilterRow(float* out, const unsigned char* src, int begin, int groups) const
     {
-        ActiveKernels().fixUpCubicPixels(MakeCubicFixUp(job, columns, begin, row, rowTap), list, count);
+        kernels.horizontalRow(out, src, columns.From(begin), taps, groups, job.channels);
     }
-};
 
-template <typename Method>
-void ResizeSeparable(const ResizeJob& job)
-{
-    using Taps = typename Method::Taps;
-    const CTarvexDib &to = job.to, &from = job.from;
-    const int width = to.Width(), height = to.Height();
-    const Columns<Taps> columns(job, Method::MakeTap);
-    const auto tapSets = Tabulate(width, [&](int i) { return MakeTapSet(columns.taps.get()[i]); });
-    const auto positions = TabulateRows(height, 0.0, job.stepY, [](double y) { return y; });
-    RollingBuffer<float, 4> filtered(4 * kStripColumns + 1); // a row may write one float more
-    EstimatedStrip strip(job);
+    template <typename FilteredRow>
+    void FillRow(unsigned char* dst, int row, int begin, int count, const FilteredRow& filteredRow) const
+    {
+        const Taps& rowTap = rows.get()[row];
+        const float* filtered[4] = {};
+        const int rowTaps = UsedTaps(&rowTap, 1);
+        for (int k = 0; k < rowTaps; ++k)
+            filtered[k] = filteredRow(rowTap.offset[k]);
+        float weights[4] = {};
+        GetWeights(rowTap, weights);
 
+        std::uint32_t ambiguous[kStripColumns / kGroup + 1];
+        const int listed = kernels.verticalRow(dst, job.to.PixelSize(), filtered, weights, rowTaps, count,
+                                               job.channels, ambiguous);
+        int list[kStripColumns], found = 0;
+        for (int i = 0; i < listed; ++i)
+            for (std::uint32_t marks = ambiguous[i] & 255; marks != 0; marks &= marks - 1)
+                list[found++] = begin + static_cast<int>(ambiguous[i] >> 8) + std::countr_zero(marks);
+        FixUpPixels(job, definition, row, rowTap, list, found);
+    }
+
+    const ResizeJob& job;
+    Columns<Taps> definition;
+    int taps;
+    ColumnTable<float> columns;
+    std::unique_ptr<Taps[]> rows;
     const KernelTable& kernels = ActiveKernels();
-    for (int begin = 0; begin < width; begin += kStripColumns)
-    {
-        const int count = std::min(width - begin, kStripColumns);
-        const auto filterRow = [&](float* out, int row)
-        {
-            kernels.horizontalRow(out, from.GetPixelFast(0, row), tapSets.get() + begin, Method::kTaps, count,
-                                  std::clamp(columns.wideReadEnd - begin, 0, count), job.channels);
-        };
-        filtered.Clear();
-        for (int row = height - 1; row >= 0; --row) // the order of memory
-        {
-            const Taps rowTap = Method::MakeTap(positions.get()[row], from.Height(), 1);
-            const TapSet weights = MakeTapSet(rowTap);
-            const float* rows[4] = {};
-            for (int k = 0; k < Method::kTaps; ++k)
-                rows[k] =
-                    filtered.Row(rowTap.offset[k], [&](float* out) { filterRow(out, rowTap.offset[k]); });
-
-            strip.Fill(
-                to.GetPixelFast(begin, row), count,
-                [&](unsigned char* out, unsigned char* ambiguous)
-                {
-                    kernels.verticalRow(out, ambiguous, rows, weights.coefficients, Method::kTaps,
-                                        std::ptrdiff_t{job.channels} * count);
-                },
-                [&](const int* list, int listed)
-                { Method::FixUpPixels(job, columns, begin, row, rowTap, list, listed); });
-        }
-    }
-}
+};
 
 } // namespace
 
 void ResizeLinearSeparable(const ResizeJob& job)
 {
-    ResizeSeparable<Linear>(job);
+    ResizeInTwoPasses(job, Separable<LinearTaps, MakeLinearTaps>(job));
 }
 
-void ResizeCubicSeparable(const ResizeJob& job)
+void ResizeCubic(const ResizeJob& job)
 {
-    ResizeSeparable<Cubic>(job);
+    ResizeInTwoPasses(job, Separable<CubicTaps, MakeCubicTaps>(job));
 }
 
 } // namespace zel

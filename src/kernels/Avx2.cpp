@@ -1,6 +1,7 @@
 #include <cstdint>
 #include <cstring>
 #include <immintrin.h>
+#include <iterator>
 #include <limits>
 
 #include "kernels/Kernels.h"
@@ -196,107 +197,170 @@ inline int ScaleColumnsShuffle(unsigned char* dst, const unsigned char* src, con
     return done;
 }
 
-/// HorizontalFixedRow for the first columns, two at a time. Returns the number of columns done.
-inline int HorizontalFixedPixels(std::uint16_t* out, const unsigned char* src, const zel::FixedTaps& columns,
-                                 int channels)
+/// ShiftRight<n>: of 32-bit integers; to the left where n is negative.
+template <int kBits>
+Vector ShiftRight(Vector a)
 {
-    const bool triples = channels == 3;
-    const char to = static_cast<char>(columns.step), next = static_cast<char>(8);
-    const auto pairOf = [=](int pixel, int c)
-    { return static_cast<short>((pixel * next + c) | (pixel * next + c + to) << 8); };
-    const short none = -1;
-    const __m128i bytes = triples ? _mm_setr_epi16(pairOf(0, 0), pairOf(0, 1), pairOf(0, 2), pairOf(1, 0),
-                                                   pairOf(1, 1), pairOf(1, 2), none, none)
-                                  : _mm_setr_epi16(pairOf(0, 0), pairOf(0, 1), pairOf(0, 2), pairOf(0, 3),
-                                                   pairOf(1, 0), pairOf(1, 1), pairOf(1, 2), pairOf(1, 3));
-    const short first = 0x0100, second = 0x0302;
-    const __m128i spread = triples
-                               ? _mm_setr_epi16(first, first, first, second, second, second, none, none)
-                               : _mm_setr_epi16(first, first, first, first, second, second, second, second);
-    int done = 0;
-    for (; done + 2 <= columns.wideReadEnd; done += 2, out += 2 * channels)
-    {
-        long long left, right;
-        int weights;
-        std::memcpy(&left, src + columns.offsets[done], sizeof left);
-        std::memcpy(&right, src + columns.offsets[done + 1], sizeof right);
-        std::memcpy(&weights, columns.weights + 2 * done, sizeof weights);
-        const __m128i pixels = _mm_shuffle_epi8(_mm_set_epi64x(right, left), bytes);
-        const __m128i sums = _mm_maddubs_epi16(pixels, _mm_shuffle_epi8(_mm_cvtsi32_si128(weights), spread));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), sums);
-    }
-    return done;
+    if constexpr (kBits < 0)
+        return {_mm256_slli_epi32(a.v, -kBits)};
+    else
+        return {_mm256_srli_epi32(a.v, kBits)};
 }
 
-using Floats = __m128;
-
-/// Four bytes of a pixel.
-inline Floats PixelAsFloats(const unsigned char* bytes)
+template <typename V>
+V LoadWords(const std::uint16_t* words)
 {
-    int four;
-    std::memcpy(&four, bytes, sizeof four);
-    return _mm_cvtepi32_ps(_mm_cvtepu8_epi32(_mm_cvtsi32_si128(four)));
+    return {_mm256_loadu_si256(reinterpret_cast<const __m256i*>(words))};
 }
 
-inline void StoreFloats(float* out, Floats values)
+inline Vector AddWords(Vector a, Vector b)
 {
-    _mm_storeu_ps(out, values);
+    return {_mm256_add_epi16(a.v, b.v)};
 }
 
-/// Eight sums of four rows in Q16, plus one half: rounding is then a shift by 16.
-inline __m256i RoundedSums(const float* const (&rows)[4], const __m256 (&weights)[4], std::ptrdiff_t at)
+/// The lower words of the 32-bit products.
+inline Vector MulWords(Vector a, Vector b)
 {
-    const __m256 first = _mm256_add_ps(_mm256_mul_ps(_mm256_loadu_ps(rows[0] + at), weights[0]),
-                                       _mm256_mul_ps(_mm256_loadu_ps(rows[1] + at), weights[1]));
-    const __m256 third = _mm256_add_ps(first, _mm256_mul_ps(_mm256_loadu_ps(rows[2] + at), weights[2]));
-    const __m256 sum = _mm256_add_ps(third, _mm256_mul_ps(_mm256_loadu_ps(rows[3] + at), weights[3]));
-    return _mm256_add_epi32(_mm256_cvttps_epi32(sum), _mm256_set1_epi32(32768));
+    return {_mm256_mullo_epi16(a.v, b.v)};
 }
 
-/// 32 words, narrowed to bytes. They come from two packs of four vectors, which leave them interleaved by 128
-/// bits; the permutation restores their order.
-inline __m256i DemoteInOrder(__m256i words01, __m256i words23)
+inline Vector ShiftWordsRight(Vector a, int bits)
 {
-    const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
-    return _mm256_permutevar8x32_epi32(_mm256_packus_epi16(words01, words23), order);
+    return {_mm256_srl_epi16(a.v, _mm_cvtsi32_si128(bits))};
 }
 
-/// VerticalRow of four taps for the first sums. Returns the number of sums done.
-inline std::ptrdiff_t VerticalFourTaps(unsigned char* out, unsigned char* ambiguous,
-                                       const float* const (&rows)[4], const float (&coefficients)[4],
-                                       std::ptrdiff_t count)
+/// The smaller of signed words.
+inline Vector MinWords(Vector a, Vector b)
 {
-    const __m256 weights[4] = {
-        _mm256_set1_ps(coefficients[0] * 65536.0F), _mm256_set1_ps(coefficients[1] * 65536.0F),
-        _mm256_set1_ps(coefficients[2] * 65536.0F), _mm256_set1_ps(coefficients[3] * 65536.0F)};
-    const __m256i low = _mm256_set1_epi32(65535), zero = _mm256_setzero_si256();
-    const __m256i margin = _mm256_set1_epi16(zel::kRoundingMargin);
-    const __m256i width = _mm256_set1_epi16(2 * zel::kRoundingMargin);
-    std::ptrdiff_t done = 0;
-    for (; done + 32 <= count; done += 32)
-    {
-        const __m256i sums0 = RoundedSums(rows, weights, done), sums1 = RoundedSums(rows, weights, done + 8);
-        const __m256i sums2 = RoundedSums(rows, weights, done + 16),
-                      sums3 = RoundedSums(rows, weights, done + 24);
-        const __m256i bytes =
-            DemoteInOrder(_mm256_packus_epi32(_mm256_srli_epi32(sums0, 16), _mm256_srli_epi32(sums1, 16)),
-                          _mm256_packus_epi32(_mm256_srli_epi32(sums2, 16), _mm256_srli_epi32(sums3, 16)));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + done), bytes);
+    return {_mm256_min_epi16(a.v, b.v)};
+}
 
-        // Adding the margin moves the ambiguous fractions, modulo 65536, to 0 ... 2 * margin. The saturating
-        // subtraction turns exactly these into 0.
-        const __m256i fractions01 =
-            _mm256_packus_epi32(_mm256_and_si256(sums0, low), _mm256_and_si256(sums1, low));
-        const __m256i fractions23 =
-            _mm256_packus_epi32(_mm256_and_si256(sums2, low), _mm256_and_si256(sums3, low));
-        const __m256i near01 =
-            _mm256_cmpeq_epi16(_mm256_subs_epu16(_mm256_add_epi16(fractions01, margin), width), zero);
-        const __m256i near23 =
-            _mm256_cmpeq_epi16(_mm256_subs_epu16(_mm256_add_epi16(fractions23, margin), width), zero);
-        const __m256i marks = DemoteInOrder(_mm256_srli_epi16(near01, 15), _mm256_srli_epi16(near23, 15));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(ambiguous + done), marks);
-    }
-    return done;
+/// A bit for each 32-bit integer: whether it is less than `limit`.
+inline int MaskOfLess32(Vector a, int limit)
+{
+    return _mm256_movemask_ps(_mm256_castsi256_ps(_mm256_cmpgt_epi32(_mm256_set1_epi32(limit), a.v)));
+}
+
+struct Floats
+{
+    __m256 v;
+};
+
+inline Floats LoadFloats(const float* from)
+{
+    return {_mm256_loadu_ps(from)};
+}
+
+inline void StoreFloats(float* to, Floats a)
+{
+    _mm256_storeu_ps(to, a.v);
+}
+
+inline Floats SetFloats(float value)
+{
+    return {_mm256_set1_ps(value)};
+}
+
+inline Floats Mul(Floats a, Floats b)
+{
+    return {_mm256_mul_ps(a.v, b.v)};
+}
+
+/// a * b + c, rounded once.
+inline Floats MulAdd(Floats a, Floats b, Floats c)
+{
+    return {_mm256_fmadd_ps(a.v, b.v, c.v)};
+}
+
+inline Vector BitsOf(Floats a)
+{
+    return {_mm256_castps_si256(a.v)};
+}
+
+/// One channel of each pixel.
+template <int kChannel>
+Floats ChannelAsFloats(Vector pixels)
+{
+    __m256i values = kChannel == 0 ? pixels.v : _mm256_srli_epi32(pixels.v, 8 * kChannel);
+    if (kChannel < 3)
+        values = _mm256_and_si256(values, _mm256_set1_epi32(255));
+    return {_mm256_cvtepi32_ps(values)};
+}
+
+inline __m256i LoadIntegers(const void* from)
+{
+    return _mm256_loadu_si256(static_cast<const __m256i*>(from));
+}
+
+/// Calls use(fetch) with the fastest fetch for the columns. fetch(pixels, src, offsets) loads, for eight
+/// columns, the pixels at their offsets into pixels[0], the neighbours of these into pixels[1], and so on.
+template <typename Taps, typename Use>
+void WithFetch(const Taps& columns, const Use& use)
+{
+    if (columns.step == 4 && columns.span < 8 * 4)
+        use(
+            [](auto& pixels, const unsigned char* src, const int* offsets)
+            {
+                const __m256i index = _mm256_srli_epi32(
+                    _mm256_sub_epi32(LoadIntegers(offsets), _mm256_set1_epi32(*offsets)), 2);
+                for (int k = 0; k < static_cast<int>(std::size(pixels)); ++k)
+                    pixels[k].v = _mm256_permutevar8x32_epi32(LoadIntegers(src + *offsets + 4 * k), index);
+            });
+    else if (columns.step == 4 && columns.span < 16 * 4)
+        use(
+            [](auto& pixels, const unsigned char* src, const int* offsets)
+            {
+                const __m256i index = _mm256_srli_epi32(
+                    _mm256_sub_epi32(LoadIntegers(offsets), _mm256_set1_epi32(*offsets)), 2);
+                const __m256i isFar = _mm256_cmpgt_epi32(index, _mm256_set1_epi32(7));
+                for (int k = 0; k < static_cast<int>(std::size(pixels)); ++k)
+                {
+                    const unsigned char* const first = src + *offsets + 4 * k;
+                    pixels[k].v = _mm256_blendv_epi8(
+                        _mm256_permutevar8x32_epi32(LoadIntegers(first), index),
+                        _mm256_permutevar8x32_epi32(LoadIntegers(first + 32), index), isFar);
+                }
+            });
+    else
+        use(
+            [step = columns.step](auto& pixels, const unsigned char* src, const int* offsets)
+            {
+                const __m128i neighbour = _mm_cvtsi32_si128(8 * step);
+                for (int k = 0; k < static_cast<int>(std::size(pixels)); k += 2)
+                {
+                    const auto two = [=](int i, int j)
+                    {
+                        const unsigned char* const first = src + k * step;
+                        return _mm_castpd_si128(
+                            _mm_loadh_pd(_mm_load_sd(reinterpret_cast<const double*>(first + offsets[i])),
+                                         reinterpret_cast<const double*>(first + offsets[j])));
+                    };
+                    const __m256i a = _mm256_set_m128i(two(4, 5), two(0, 1));
+                    const __m256i b = _mm256_set_m128i(two(6, 7), two(2, 3));
+                    const auto evenPixels = [](__m256i c, __m256i d) {
+                        return _mm256_castps_si256(
+                            _mm256_shuffle_ps(_mm256_castsi256_ps(c), _mm256_castsi256_ps(d), 0x88));
+                    };
+                    pixels[k].v = evenPixels(a, b);
+                    if (k + 1 < static_cast<int>(std::size(pixels)))
+                        pixels[k + 1].v =
+                            evenPixels(_mm256_srl_epi64(a, neighbour), _mm256_srl_epi64(b, neighbour));
+                }
+            });
+}
+
+/// Stores the sums of pixels and their neighbours for HorizontalFixedRow: the lower halves of all 16 bytes
+/// first, as PromoteLower and PromoteUpper divide them, and Demote joins them again.
+inline void StorePairSums(std::uint16_t* out, Vector first, Vector second, const std::uint32_t* weights)
+{
+    const __m256i both =
+        _mm256_or_si256(LoadIntegers(weights), _mm256_slli_epi32(LoadIntegers(weights + zel::kGroup), 8));
+    const __m256i lower =
+        _mm256_maddubs_epi16(_mm256_unpacklo_epi8(first.v, second.v), _mm256_unpacklo_epi32(both, both));
+    const __m256i upper =
+        _mm256_maddubs_epi16(_mm256_unpackhi_epi8(first.v, second.v), _mm256_unpackhi_epi32(both, both));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), lower);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + 16), upper);
 }
 
 struct Doubles

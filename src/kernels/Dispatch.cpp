@@ -10,7 +10,6 @@ constinit const KernelTable kScalarKernels = {.horizontalRow = HorizontalRow,
                                               .fixUpCubicPixels = FixUpCubicPixels,
                                               .horizontalFixedRow = HorizontalFixedRow,
                                               .verticalFixedRow = VerticalFixedRow,
-                                              .filter141Row = Filter141Row,
                                               .scaleColumnsRow = ScaleColumnsRow,
                                               .blendRowByAlpha = BlendRowByAlpha,
                                               .blendRow = BlendRow,
@@ -30,7 +29,7 @@ namespace
 const KernelTable& FastestKernels()
 {
 #if defined(__x86_64__) || defined(__i386__)
-    return __builtin_cpu_supports("avx2") ? kAvx2Kernels : kSse2Kernels;
+    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") ? kAvx2Kernels : kSse2Kernels;
 #else
     return kScalarKernels;
 #endif

@@ -2,6 +2,9 @@
 
 #include "kernels/Kernels.h"
 
+#include <cstring>
+#include <utility>
+
 /// The vector rows of Kernels.h. The source of an instruction set defines a type Vector, its operations
 /// and the rows that need instructions of their own, and then includes this file, so that the code is
 /// compiled once per instruction set.
@@ -17,107 +20,30 @@ namespace zel
 namespace
 {
 
-/// \name Loops that the compiler vectorises
-/// @{
-
-template <int kTaps>
-void VerticalFloats(unsigned char* __restrict out, unsigned char* __restrict ambiguous,
-                    const float* const (&rows)[4], const float (&coefficients)[4], std::ptrdiff_t begin,
-                    std::ptrdiff_t count)
-{
-    const float *const row0 = rows[0], *const row1 = rows[1], *const row2 = rows[2], *const row3 = rows[3];
-    const float weight0 = coefficients[0] * 65536.0F, weight1 = coefficients[1] * 65536.0F;
-    const float weight2 = coefficients[2] * 65536.0F, weight3 = coefficients[3] * 65536.0F;
-    for (std::ptrdiff_t i = begin; i < count; ++i)
-    {
-        float sum = row0[i] * weight0 + row1[i] * weight1;
-        if constexpr (kTaps == 4)
-            sum = sum + row2[i] * weight2 + row3[i] * weight3;
-        const int rounded = static_cast<int>(sum) + 32768;
-        out[i] = static_cast<unsigned char>(rounded >> 16);
-        ambiguous[i] = ((rounded + kRoundingMargin) & 65535) <= 2 * kRoundingMargin ? 1 : 0;
-    }
-}
-
-inline void VerticalFixedWords(unsigned char* __restrict out, const std::uint16_t* upper,
-                               const std::uint16_t* lower, int upperWeight, int lowerWeight,
-                               const InvariantDivisor& divisor, std::ptrdiff_t count)
-{
-    const auto above = static_cast<std::uint16_t>(upperWeight),
-               below = static_cast<std::uint16_t>(lowerWeight);
-    const std::uint16_t half = divisor.half, multiplier = divisor.multiplier;
-    const int shift = divisor.shift;
-    for (std::ptrdiff_t i = 0; i < count; ++i)
-    {
-        const auto sum = static_cast<std::uint16_t>(upper[i] * above + lower[i] * below + half);
-        const auto high = static_cast<std::uint16_t>(std::uint32_t{sum} * multiplier >> 16);
-        out[i] = static_cast<unsigned char>(high >> shift);
-    }
-}
-
-// NOLINTBEGIN(clang-analyzer-core.UndefinedBinaryOperatorResult): it does not follow how far the loops fill
-template <int kPixelSize>
-void SumAcross(std::uint16_t* __restrict sums, const std::uint16_t* __restrict words, int step, int count,
-               int channels)
-{
-    for (int i = 0; i < count; ++i, sums += channels, words += step)
-        for (int c = 0; c < 4; ++c) // in pixels of three bytes the next pixel overwrites the fourth sum
-            sums[c] =
-                static_cast<std::uint16_t>(words[c] + 4 * words[kPixelSize + c] + words[2 * kPixelSize + c]);
-}
-
-inline void Filter141Words(unsigned char* __restrict out, unsigned char* __restrict ambiguous,
-                           const unsigned char* const (&rows)[3], int step, int pixelSize, int count,
-                           int channels)
-{
-    std::uint16_t words[kFilter141Bytes + 1], sums[kFilter141Bytes + 1];
-    const unsigned char *const above = rows[0], *const row = rows[1], *const below = rows[2];
-    const int bytes = step * (count - 1) + 3 * pixelSize;
-    for (int i = 0; i < bytes; ++i)
-        words[i] = static_cast<std::uint16_t>(above[i] + 4 * row[i] + below[i]);
-    words[bytes] = 0;
-
-    if (step == channels)
-        for (int i = 0; i < step * count; ++i)
-            sums[i] = static_cast<std::uint16_t>(words[i] + 4 * words[step + i] + words[2 * step + i]);
-    else
-        (pixelSize == 3 ? SumAcross<3> : SumAcross<4>)(sums, words, step, count, channels);
-
-    constexpr InvariantDivisor divisor(36);
-    for (int i = 0; i < channels * count; ++i)
-    {
-        const auto sum = static_cast<std::uint16_t>(sums[i] + divisor.half);
-        const auto quotient = static_cast<std::uint16_t>(
-            static_cast<std::uint16_t>(std::uint32_t{sum} * divisor.multiplier >> 16) >> divisor.shift);
-        out[i] = static_cast<unsigned char>(quotient);
-        ambiguous[i] = sum == static_cast<std::uint16_t>(36 * quotient) ? 1 : 0;
-    }
-}
-// NOLINTEND(clang-analyzer-core.UndefinedBinaryOperatorResult)
-
-/// @}
-
 template <typename Vector>
 struct VectorRows
 {
     static constexpr int kBytes = static_cast<int>(sizeof(Vector));
     static constexpr int kPixels = kBytes / 4; // of 4 bytes
 
-    static void Horizontal(float* out, const unsigned char* src, const TapSet* columns, int taps, int count,
-                           int wideReadEnd, int channels)
+    static void Horizontal(float* out, const unsigned char* src, const ColumnTaps<float>& columns, int taps,
+                           int groups, int channels)
     {
-        (taps == 2 ? HorizontalPixels<2> : HorizontalPixels<4>)(out, src, columns, wideReadEnd, channels);
-        HorizontalRow(out + std::ptrdiff_t{channels} * wideReadEnd, src, columns + wideReadEnd, taps,
-                      count - wideReadEnd, 0, channels);
+        constexpr decltype(&HorizontalGroups<2, 3>) kRows[][2] = {
+            {HorizontalGroups<2, 3>, HorizontalGroups<2, 4>},
+            {HorizontalGroups<3, 3>, HorizontalGroups<3, 4>},
+            {HorizontalGroups<4, 3>, HorizontalGroups<4, 4>}};
+        kRows[taps - 2][channels - 3](out, src, columns, groups);
     }
 
-    static void Vertical(unsigned char* out, unsigned char* ambiguous, const float* const (&rows)[4],
-                         const float (&coefficients)[4], int taps, std::ptrdiff_t count)
+    static int Vertical(unsigned char* dst, int dstStep, const float* const (&rows)[4],
+                        const float (&weights)[4], int taps, int count, int channels,
+                        std::uint32_t* ambiguous)
     {
-        if (taps == 2)
-            return VerticalFloats<2>(out, ambiguous, rows, coefficients, 0, count);
-        const std::ptrdiff_t done = VerticalFourTaps(out, ambiguous, rows, coefficients, count);
-        VerticalFloats<4>(out, ambiguous, rows, coefficients, done, count);
+        constexpr decltype(&VerticalGroups<2, 3>) kRows[][2] = {{VerticalGroups<2, 3>, VerticalGroups<2, 4>},
+                                                                {VerticalGroups<3, 3>, VerticalGroups<3, 4>},
+                                                                {VerticalGroups<4, 3>, VerticalGroups<4, 4>}};
+        return kRows[taps - 2][channels - 3](dst, dstStep, rows, weights, count, ambiguous);
     }
 
     static void FixUpCubic(const CubicFixUp& row, const int* list, int count)
@@ -141,13 +67,42 @@ struct VectorRows
         }
     }
 
-    static void HorizontalFixed(std::uint16_t* out, const unsigned char* src, const FixedTaps& columns,
-                                int count, int channels)
+    static void HorizontalFixed(std::uint16_t* out, const unsigned char* src,
+                                const ColumnTaps<std::uint32_t>& columns, int groups)
     {
-        const int done = HorizontalFixedPixels(out, src, columns, channels);
-        const FixedTaps rest = {columns.offsets + done, columns.weights + 2 * done, columns.step,
-                                columns.interiorEnd - done, 0};
-        HorizontalFixedRow(out + std::ptrdiff_t{channels} * done, src, rest, count - done, channels);
+        WithFetch(columns,
+                  [=](const auto& fetch)
+                  {
+                      for (int i = 0; i < kGroup * groups; i += kPixels)
+                      {
+                          Vector pixels[2];
+                          fetch(pixels, src, columns.offsets + i);
+                          StorePairSums(out + 4 * i, pixels[0], pixels[1],
+                                        columns.weights + 2 * (i - i % kGroup) + i % kGroup);
+                      }
+                  });
+    }
+
+    static void VerticalFixed(unsigned char* dst, int dstStep, const std::uint16_t* upper,
+                              const std::uint16_t* lower, int upperWeight, int lowerWeight,
+                              const InvariantDivisor& divisor, int count, int channels)
+    {
+        const Vector above = Set<Vector>(static_cast<std::uint32_t>(upperWeight) * 0x10001U),
+                     below = Set<Vector>(static_cast<std::uint32_t>(lowerWeight) * 0x10001U),
+                     half = Set<Vector>(divisor.half * 0x10001U),
+                     multiplier = Set<Vector>(divisor.multiplier * 0x10001U);
+        const auto words = [&](int at)
+        {
+            const Vector first = LoadWords<Vector>(upper + at), second = LoadWords<Vector>(lower + at);
+            const Vector sum = AddWords(AddWords(MulWords(first, above), MulWords(second, below)), half);
+            return ShiftWordsRight(MulHigh(sum, multiplier), divisor.shift);
+        };
+        int i = 0;
+        for (; i + kPixels <= count; i += kPixels, dst += dstStep * kPixels)
+            StorePixels(dst, dstStep, channels, Demote(words(4 * i), words(4 * i + kBytes / 2)));
+        if (i < count)
+            StoreSomePixels(dst, dstStep, channels, Demote(words(4 * i), words(4 * i + kBytes / 2)),
+                            count - i);
     }
 
     static void ScaleColumns(unsigned char* dst, int dstStep, const unsigned char* src, const int* offsets,
@@ -294,18 +249,111 @@ private:
     // Loading a vector of 3-byte pixels touches bytes of this many more pixels.
     static constexpr int kOverrun = 2;
 
-    template <int kTaps>
-    static void HorizontalPixels(float* out, const unsigned char* src, const TapSet* columns, int count,
-                                 int channels)
+    static void StorePixels(unsigned char* dst, int dstStep, int channels, Vector pixels)
     {
-        for (int i = 0; i < count; ++i, out += channels)
+        if (channels == 4)
+            Store(dst, pixels);
+        else
+            StoreColors(dst, dstStep, pixels);
+    }
+
+    static void StoreSomePixels(unsigned char* dst, int dstStep, int channels, Vector pixels, int count)
+    {
+        unsigned char bytes[kBytes];
+        Store(bytes, pixels);
+        for (int i = 0; i < count; ++i, dst += dstStep)
+            std::memcpy(dst, bytes + 4 * i, channels == 4 ? 4 : 3);
+    }
+
+    template <int kTaps, int kChannels>
+    static void HorizontalGroups(float* out, const unsigned char* src, const ColumnTaps<float>& columns,
+                                 int groups)
+    {
+        WithFetch(columns,
+                  [=](const auto& fetch)
+                  {
+                      const int* offsets = columns.offsets;
+                      const float* weights = columns.weights;
+                      float* sums = out;
+                      for (int g = 0; g < groups; ++g, weights += kGroup * kTaps, sums += kGroup * kChannels)
+                          for (int i = 0; i < kGroup; i += kPixels, offsets += kPixels)
+                          {
+                              Vector pixels[kTaps];
+                              fetch(pixels, src, offsets);
+                              HorizontalSums<kTaps>(sums + i, pixels, weights + i,
+                                                    std::make_integer_sequence<int, kChannels>());
+                          }
+                  });
+    }
+
+    template <int kTaps, int... kChannel>
+    static void HorizontalSums(float* sums, const Vector (&pixels)[kTaps], const float* weights,
+                               std::integer_sequence<int, kChannel...>)
+    {
+        Floats sum[] = {Mul(ChannelAsFloats<kChannel>(pixels[0]), LoadFloats(weights))...};
+        for (int k = 1; k < kTaps; ++k)
+            ((sum[kChannel] = MulAdd(ChannelAsFloats<kChannel>(pixels[k]), LoadFloats(weights + kGroup * k),
+                                     sum[kChannel])),
+             ...);
+        (StoreFloats(sums + kGroup * kChannel, sum[kChannel]), ...);
+    }
+
+    template <int kTaps, int kChannels>
+    static int VerticalGroups(unsigned char* dst, int dstStep, const float* const (&rows)[4],
+                              const float (&weights)[4], int count, std::uint32_t* ambiguous)
+    {
+        const float* row[kTaps];
+        Floats weight[kTaps];
+        for (int k = 0; k < kTaps; ++k)
         {
-            const auto& [offsets, coefficients] = columns[i];
-            Floats sum = PixelAsFloats(src + offsets[0]) * coefficients[0];
-            for (int k = 1; k < kTaps; ++k)
-                sum += PixelAsFloats(src + offsets[k]) * coefficients[k];
-            StoreFloats(out, sum);
+            row[k] = rows[k];
+            weight[k] = SetFloats(weights[k]);
         }
+        int listed = 0;
+        for (int g = 0; g < count; g += kGroup)
+        {
+            std::uint32_t marks = 0;
+            for (int i = 0; i < kGroup; i += kPixels)
+            {
+                Vector least;
+                const Vector pixels = VerticalSums(row, kChannels * g + i, weight, least,
+                                                   std::make_integer_sequence<int, kChannels>());
+                if (g + i + kPixels <= count)
+                    StorePixels(dst + dstStep * (g + i), dstStep, kChannels, pixels);
+                else
+                    StoreSomePixels(dst + dstStep * (g + i), dstStep, kChannels, pixels, count - g - i);
+                marks |= static_cast<std::uint32_t>(MaskOfLess32(least, 2 * kRoundingMargin)) << i;
+            }
+            if (count - g < kGroup)
+                marks &= (1U << (count - g)) - 1;
+            ambiguous[listed] = static_cast<std::uint32_t>(g) << 8 | marks;
+            listed += marks != 0;
+        }
+        return listed;
+    }
+
+    // Rounded pixels. The lowest fraction of each goes into `least`.
+    template <int kTaps, int... kChannel>
+    static Vector VerticalSums(const float* const (&rows)[kTaps], int at, const Floats (&weights)[kTaps],
+                               Vector& least, std::integer_sequence<int, kChannel...>)
+    {
+        const Floats bias = SetFloats(kVerticalBias);
+        const Vector fraction = Set<Vector>(32767);
+        const auto sum = [&](int c)
+        {
+            Floats result = bias;
+            for (int k = 0; k < kTaps; ++k)
+                result = MulAdd(LoadFloats(rows[k] + at + kGroup * c), weights[k], result);
+            return BitsOf(result);
+        };
+        const Vector sums[] = {sum(kChannel)...};
+        least = And(sums[0], fraction);
+        ((least = MinWords(least, And(sums[kChannel], fraction))), ...);
+        Vector pixels = Set<Vector>(0);
+        ((pixels = Or(pixels, And(ShiftRight<15 - 8 * kChannel>(sums[kChannel]),
+                                  Set<Vector>(255U << (8 * kChannel))))),
+         ...);
+        return pixels;
     }
 };
 
@@ -317,8 +365,7 @@ constexpr KernelTable VectorTable(decltype(&ShadeRow) shadeRow, std::int64_t sha
             .verticalRow = Rows::Vertical,
             .fixUpCubicPixels = Rows::FixUpCubic,
             .horizontalFixedRow = Rows::HorizontalFixed,
-            .verticalFixedRow = VerticalFixedWords,
-            .filter141Row = Filter141Words,
+            .verticalFixedRow = Rows::VerticalFixed,
             .scaleColumnsRow = Rows::ScaleColumns,
             .blendRowByAlpha = Rows::BlendByAlpha,
             .blendRow = Rows::Blend,

@@ -71,43 +71,50 @@ struct CubicFixUp
 /// CubicRow for the columns that `list` names.
 void FixUpCubicPixels(const CubicFixUp& row, const int* list, int count);
 
-/// The taps of a linear or cubic position in floats. A linear position uses the first two; the others are 0.
-struct TapSet
+/// The passes along x take columns in groups of this many. Their tables and the rows of sums are padded to
+/// whole groups.
+constexpr int kGroup = 8;
+
+/// Bytes after the end of a source row that the passes along x may load. What is there changes nothing.
+constexpr int kRowSlack = 64;
+
+/// What the columns of a result read of a source row: neighbouring pixels, with weights that sum to 1.
+template <typename Weight>
+struct ColumnTaps
 {
-    int offsets[4];
-    float coefficients[4];
+    const int* offsets; ///< of the first pixel of each column, in bytes; none is smaller than the one before
+    const Weight* weights; ///< see the rows that use them
+    int step;              ///< from one pixel to the next, in bytes
+    int span;              ///< the largest distance between first pixels of the same group, in bytes
 };
 
-/// First pass of a separable estimate. For each of `count` columns it writes `channels` floats: the sum of
-/// `taps` pixels, 2 or 4, at src + offset, weighted with the coefficients. Columns before `wideReadEnd` may
-/// load four bytes per tap without leaving the source row, and may overwrite the float after their own.
-void HorizontalRow(float* out, const unsigned char* src, const TapSet* columns, int taps, int count,
-                   int wideReadEnd, int channels);
+/// First pass of an estimate: the sums of `taps` pixels, 2 to 4, for each column. The weights of a group are
+/// those of the first pixels of its columns, then those of the second pixels, and so on. Writes
+/// kGroup * channels floats for each group, in an order that is VerticalRow's business.
+void HorizontalRow(float* out, const unsigned char* src, const ColumnTaps<float>& columns, int taps,
+                   int groups, int channels);
 
-/// VerticalRow counts in units of 1 / 65536 (Q16). A byte whose sum lies within kRoundingMargin units of a
+/// VerticalRow counts in units of 1 / 32768 (Q15). A byte whose sum lies within kRoundingMargin units of a
 /// rounding border is ambiguous.
-constexpr int kRoundingMargin = 16;
+constexpr int kRoundingMargin = 8;
 
-/// Second pass: the sum of `taps` rows of the first pass, weighted with the coefficients, rounded to bytes.
-/// For each byte `ambiguous` becomes 1 or 0. `count` counts floats, which are bytes of the result.
-void VerticalRow(unsigned char* out, unsigned char* ambiguous, const float* const (&rows)[4],
-                 const float (&coefficients)[4], int taps, std::ptrdiff_t count);
+/// Where VerticalRow starts a sum: one half and the margin make its byte the integer part, which is right
+/// unless the fraction is below 2 * kRoundingMargin units. A float from 256 to 512 has units of 1 / 32768, so
+/// that bits 0 to 14 are the fraction and bits 15 to 22 are the byte.
+constexpr float kVerticalBias = 256.5F + kRoundingMargin / 32768.0F;
 
-/// Pairs of neighbouring pixels with integer weights of 0 to 127, whose sum is the same in every column and
-/// at most 127.
-struct FixedTaps
-{
-    const int* offsets;           ///< of the first pixel; none is smaller than the one before
-    const unsigned char* weights; ///< two for each column
-    int step;                     ///< from the first pixel to the second
-    int interiorEnd;              ///< from this column on, the second pixel is the first once more
-    int wideReadEnd;              ///< before this column, eight bytes may be read from the first pixel on
-};
+/// Second pass: the sum of `taps` rows of the first pass, weighted with `weights`, rounded to bytes. Lists
+/// the groups that have ambiguous pixels and returns their number. A group is (its first column << 8), with
+/// bit i set where pixel i of the group has an ambiguous byte.
+int VerticalRow(unsigned char* dst, int dstStep, const float* const (&rows)[4], const float (&weights)[4],
+                int taps, int count, int channels, std::uint32_t* ambiguous);
 
-/// Writes `channels` sums for each of `count` columns. The bytes after the last sum, up to the sixteenth, may
-/// be overwritten.
-void HorizontalFixedRow(std::uint16_t* out, const unsigned char* src, const FixedTaps& columns, int count,
-                        int channels);
+/// First pass in integers: sums of two pixels with integer weights of 0 to 127, whose sum is the same in
+/// every column and at most 127. Each is given twice, as weight | weight << 16. The weights of a group are
+/// those of the first pixels of its columns, then those of the second pixels. Writes 4 * kGroup words for
+/// each group, in an order that is VerticalFixedRow's business.
+void HorizontalFixedRow(std::uint16_t* out, const unsigned char* src,
+                        const ColumnTaps<std::uint32_t>& columns, int groups);
 
 /// Division by an integer of 2 to 127 as a multiplication: floor(n / divisor) is n * multiplier >>
 /// (16 + shift) for every n up to 255.5 * divisor.
@@ -147,21 +154,10 @@ static_assert(
     }());
 
 /// The sum of two rows made by HorizontalFixedRow, weighted with upperWeight and lowerWeight, divided by
-/// `divisor` and rounded.
-void VerticalFixedRow(unsigned char* out, const std::uint16_t* upper, const std::uint16_t* lower,
-                      int upperWeight, int lowerWeight, const InvariantDivisor& divisor,
-                      std::ptrdiff_t count);
-
-/// The largest number of bytes that Filter141Row may take of a source row.
-constexpr int kFilter141Bytes = 4096;
-
-/// Each pixel is the sum of 3 x 3 source pixels weighted with (1, 4, 1) / 6 across and down, rounded to
-/// bytes. For each byte `ambiguous` is 1 where the sum lies exactly on a rounding border, else 0.
-///
-/// The neighbourhood of pixel i starts at rows[...] + i * step, and a neighbour is `pixelSize` bytes away. Of
-/// each row this reads step * (count - 1) + 3 * pixelSize bytes, at most kFilter141Bytes.
-void Filter141Row(unsigned char* out, unsigned char* ambiguous, const unsigned char* const (&rows)[3],
-                  int step, int pixelSize, int count, int channels);
+/// `divisor` and rounded. The product of the sums of weights is at most 127, so a sum fits 16 bits.
+void VerticalFixedRow(unsigned char* dst, int dstStep, const std::uint16_t* upper, const std::uint16_t* lower,
+                      int upperWeight, int lowerWeight, const InvariantDivisor& divisor, int count,
+                      int channels);
 
 /// @}
 /// \name Blending
@@ -271,7 +267,6 @@ struct KernelTable
     decltype(&FixUpCubicPixels) fixUpCubicPixels;
     decltype(&HorizontalFixedRow) horizontalFixedRow;
     decltype(&VerticalFixedRow) verticalFixedRow;
-    decltype(&Filter141Row) filter141Row;
     decltype(&ScaleColumnsRow) scaleColumnsRow;
     decltype(&BlendRowByAlpha) blendRowByAlpha;
     decltype(&BlendRow) blendRow;
@@ -290,7 +285,7 @@ struct KernelTable
 
 extern const KernelTable kScalarKernels;
 extern const KernelTable kSse2Kernels; ///< on x86 alone
-extern const KernelTable kAvx2Kernels; ///< on x86 alone; never to be called on a processor without AVX2
+extern const KernelTable kAvx2Kernels; ///< on x86 alone; to be called only where AVX2 and FMA are
 
 /// The fastest that the processor has.
 const KernelTable& ActiveKernels();

@@ -1,6 +1,7 @@
 #include "kernels/Kernels.h"
 
 #include <algorithm>
+#include <bit>
 #include <cfloat>
 #include <cmath>
 #include <cstring>
@@ -72,36 +73,6 @@ void CubicPixels(unsigned char* dst, int dstStep, const unsigned char* const (&r
     }
 }
 
-template <int kTaps>
-void HorizontalSums(float* out, const unsigned char* src, const TapSet* columns, int count, int channels)
-{
-    for (int i = 0; i < count; ++i, out += channels)
-        for (int c = 0; c < channels; ++c)
-        {
-            out[c] = 0.0F;
-            for (int k = 0; k < kTaps; ++k)
-                out[c] += static_cast<float>(src[columns[i].offsets[k] + c]) * columns[i].coefficients[k];
-        }
-}
-
-template <int kTaps>
-void VerticalSums(unsigned char* __restrict out, unsigned char* __restrict ambiguous,
-                  const float* const (&rows)[4], const float (&coefficients)[4], std::ptrdiff_t count)
-{
-    const float* const source[4] = {rows[0], rows[1], rows[2], rows[3]};
-    const float weights[4] = {coefficients[0] * 65536.0F, coefficients[1] * 65536.0F,
-                              coefficients[2] * 65536.0F, coefficients[3] * 65536.0F};
-    for (std::ptrdiff_t i = 0; i < count; ++i)
-    {
-        float sum = source[0][i] * weights[0];
-        for (int k = 1; k < kTaps; ++k)
-            sum += source[k][i] * weights[k];
-        const int rounded = static_cast<int>(sum) + 32768;
-        out[i] = static_cast<unsigned char>(rounded >> 16);
-        ambiguous[i] = ((rounded + kRoundingMargin) & 65535) <= 2 * kRoundingMargin ? 1 : 0;
-    }
-}
-
 } // namespace
 
 int NearestOffset(double position, int length, int step)
@@ -163,55 +134,71 @@ void FixUpCubicPixels(const CubicFixUp& row, const int* list, int count)
                  row.columns + list[i], 1, row.channels);
 }
 
-void HorizontalRow(float* out, const unsigned char* src, const TapSet* columns, int taps, int count, int,
-                   int channels)
+void HorizontalRow(float* out, const unsigned char* src, const ColumnTaps<float>& columns, int taps,
+                   int groups, int channels)
 {
-    (taps == 2 ? HorizontalSums<2> : HorizontalSums<4>)(out, src, columns, count, channels);
+    const int* offsets = columns.offsets;
+    const float* weights = columns.weights;
+    for (int g = 0; g < groups; ++g, offsets += kGroup, weights += kGroup * taps)
+        for (int c = 0; c < channels; ++c, out += kGroup)
+            for (int i = 0; i < kGroup; ++i)
+            {
+                const unsigned char* const pixel = src + offsets[i] + c;
+                out[i] = static_cast<float>(pixel[0]) * weights[i];
+                for (int k = 1; k < taps; ++k)
+                    out[i] += static_cast<float>(pixel[k * columns.step]) * weights[kGroup * k + i];
+            }
 }
 
-void VerticalRow(unsigned char* out, unsigned char* ambiguous, const float* const (&rows)[4],
-                 const float (&coefficients)[4], int taps, std::ptrdiff_t count)
+int VerticalRow(unsigned char* dst, int dstStep, const float* const (&rows)[4], const float (&weights)[4],
+                int taps, int count, int channels, std::uint32_t* ambiguous)
 {
-    (taps == 2 ? VerticalSums<2> : VerticalSums<4>)(out, ambiguous, rows, coefficients, count);
+    int listed = 0;
+    for (int i = 0; i < count; ++i, dst += dstStep)
+    {
+        const int inGroup = i % kGroup, at = (i - inGroup) * channels + inGroup;
+        bool isAmbiguous = false;
+        for (int c = 0; c < channels; ++c)
+        {
+            float sum = kVerticalBias;
+            for (int k = 0; k < taps; ++k)
+                sum += rows[k][at + kGroup * c] * weights[k];
+            const auto bits = std::bit_cast<std::uint32_t>(sum);
+            dst[c] = static_cast<unsigned char>(bits >> 15);
+            isAmbiguous |= (bits & 32767) < 2 * kRoundingMargin;
+        }
+        if (inGroup == 0)
+            ambiguous[listed] = static_cast<std::uint32_t>(i) << 8;
+        ambiguous[listed] |= static_cast<std::uint32_t>(isAmbiguous) << inGroup;
+        listed += (inGroup == kGroup - 1 || i == count - 1) && (ambiguous[listed] & 255) != 0;
+    }
+    return listed;
 }
 
-void HorizontalFixedRow(std::uint16_t* out, const unsigned char* src, const FixedTaps& columns, int count,
-                        int channels)
+void HorizontalFixedRow(std::uint16_t* out, const unsigned char* src,
+                        const ColumnTaps<std::uint32_t>& columns, int groups)
 {
-    for (int i = 0; i < count; ++i, out += channels)
+    for (int i = 0; i < kGroup * groups; ++i)
     {
         const unsigned char* const first = src + columns.offsets[i];
-        const unsigned char* const second = first + (i < columns.interiorEnd ? columns.step : 0);
-        const int weight0 = columns.weights[2 * i], weight1 = columns.weights[2 * i + 1];
+        const unsigned char* const second = first + columns.step;
+        const std::uint32_t* const weights = columns.weights + 2 * (i - i % kGroup) + i % kGroup;
+        const std::uint32_t weight0 = weights[0] & 127, weight1 = weights[kGroup] & 127;
+        for (int c = 0; c < 4; ++c)
+            out[4 * i + c] = static_cast<std::uint16_t>(first[c] * weight0 + second[c] * weight1);
+    }
+}
+
+void VerticalFixedRow(unsigned char* dst, int dstStep, const std::uint16_t* upper, const std::uint16_t* lower,
+                      int upperWeight, int lowerWeight, const InvariantDivisor& divisor, int count,
+                      int channels)
+{
+    for (int i = 0; i < count; ++i, dst += dstStep)
         for (int c = 0; c < channels; ++c)
-            out[c] = static_cast<std::uint16_t>(first[c] * weight0 + second[c] * weight1);
-    }
-}
-
-void VerticalFixedRow(unsigned char* out, const std::uint16_t* upper, const std::uint16_t* lower,
-                      int upperWeight, int lowerWeight, const InvariantDivisor& divisor, std::ptrdiff_t count)
-{
-    for (std::ptrdiff_t i = 0; i < count; ++i)
-    {
-        const auto sum =
-            static_cast<std::uint32_t>(upper[i] * upperWeight + lower[i] * lowerWeight + divisor.half);
-        out[i] = static_cast<unsigned char>(sum * divisor.multiplier >> (16 + divisor.shift));
-    }
-}
-
-void Filter141Row(unsigned char* out, unsigned char* ambiguous, const unsigned char* const (&rows)[3],
-                  int step, int pixelSize, int count, int channels)
-{
-    constexpr int kWeights[] = {1, 4, 1};
-    for (int i = 0; i < count; ++i)
-        for (int c = 0; c < channels; ++c, ++out, ++ambiguous)
         {
-            int sum = 18; // half of 36
-            for (int j = 0; j < 3; ++j)
-                for (int k = 0; k < 3; ++k)
-                    sum += kWeights[j] * kWeights[k] * rows[j][step * i + pixelSize * k + c];
-            *out = static_cast<unsigned char>(sum / 36);
-            *ambiguous = sum % 36 == 0 ? 1 : 0;
+            const auto sum = static_cast<std::uint32_t>(upper[4 * i + c] * upperWeight +
+                                                        lower[4 * i + c] * lowerWeight + divisor.half);
+            dst[c] = static_cast<unsigned char>(sum * divisor.multiplier >> (16 + divisor.shift));
         }
 }
 

@@ -1,6 +1,7 @@
 #include <cstdint>
 #include <cstring>
 #include <emmintrin.h>
+#include <iterator>
 
 #include "kernels/Kernels.h"
 
@@ -142,9 +143,18 @@ V LoadPixels(const unsigned char* bytes, int)
     return Load<V>(bytes);
 }
 
-/// Stores blue, green, red of four pixels of 4 bytes. The fourth byte of the target stays.
-inline void StoreColors(unsigned char* bytes, int, Vector a)
+/// Stores blue, green, red of four pixels at `step` bytes each. A fourth byte of the target stays.
+inline void StoreColors(unsigned char* bytes, int step, Vector a)
 {
+    if (step == 3)
+    {
+        unsigned char pixels[16];
+        Store(pixels, a);
+        for (int i = 0; i < 3; ++i) // the next pixel overwrites the fourth byte
+            std::memcpy(bytes + 3 * i, pixels + 4 * i, 4);
+        std::memcpy(bytes + 9, pixels + 12, 3);
+        return;
+    }
     const Vector colors = Set<Vector>(0x00FFFFFF);
     Store(bytes, IfThenElse(colors, a, Load<Vector>(bytes)));
 }
@@ -155,49 +165,138 @@ inline int ScaleColumnsShuffle(unsigned char*, const unsigned char*, const int*,
     return 0;
 }
 
-/// HorizontalFixedRow for the first columns. Returns the number of columns done.
-inline int HorizontalFixedPixels(std::uint16_t* out, const unsigned char* src, const zel::FixedTaps& columns,
-                                 int channels)
+/// ShiftRight<n>: of 32-bit integers; to the left where n is negative.
+template <int kBits>
+Vector ShiftRight(Vector a)
+{
+    if constexpr (kBits < 0)
+        return {_mm_slli_epi32(a.v, -kBits)};
+    else
+        return {_mm_srli_epi32(a.v, kBits)};
+}
+
+template <typename V>
+V LoadWords(const std::uint16_t* words)
+{
+    return {_mm_loadu_si128(reinterpret_cast<const __m128i*>(words))};
+}
+
+inline Vector AddWords(Vector a, Vector b)
+{
+    return {_mm_add_epi16(a.v, b.v)};
+}
+
+/// The lower words of the 32-bit products.
+inline Vector MulWords(Vector a, Vector b)
+{
+    return {_mm_mullo_epi16(a.v, b.v)};
+}
+
+inline Vector ShiftWordsRight(Vector a, int bits)
+{
+    return {_mm_srl_epi16(a.v, _mm_cvtsi32_si128(bits))};
+}
+
+/// The smaller of signed words.
+inline Vector MinWords(Vector a, Vector b)
+{
+    return {_mm_min_epi16(a.v, b.v)};
+}
+
+/// A bit for each 32-bit integer: whether it is less than `limit`.
+inline int MaskOfLess32(Vector a, int limit)
+{
+    return _mm_movemask_ps(_mm_castsi128_ps(_mm_cmplt_epi32(a.v, _mm_set1_epi32(limit))));
+}
+
+struct Floats
+{
+    __m128 v;
+};
+
+inline Floats LoadFloats(const float* from)
+{
+    return {_mm_loadu_ps(from)};
+}
+
+inline void StoreFloats(float* to, Floats a)
+{
+    _mm_storeu_ps(to, a.v);
+}
+
+inline Floats SetFloats(float value)
+{
+    return {_mm_set1_ps(value)};
+}
+
+inline Floats Mul(Floats a, Floats b)
+{
+    return {_mm_mul_ps(a.v, b.v)};
+}
+
+/// a * b + c.
+inline Floats MulAdd(Floats a, Floats b, Floats c)
+{
+    return {_mm_add_ps(_mm_mul_ps(a.v, b.v), c.v)};
+}
+
+inline Vector BitsOf(Floats a)
+{
+    return {_mm_castps_si128(a.v)};
+}
+
+/// One channel of each pixel.
+template <int kChannel>
+Floats ChannelAsFloats(Vector pixels)
+{
+    const __m128i values = _mm_srli_epi32(pixels.v, 8 * kChannel);
+    return {_mm_cvtepi32_ps(kChannel == 3 ? values : _mm_and_si128(values, _mm_set1_epi32(255)))};
+}
+
+/// Calls use(fetch). fetch(pixels, src, offsets) loads, for four columns, the pixels at their offsets into
+/// pixels[0], the neighbours of these into pixels[1], and so on.
+template <typename Taps, typename Use>
+void WithFetch(const Taps& columns, const Use& use)
+{
+    use(
+        [step = columns.step](auto& pixels, const unsigned char* src, const int* offsets)
+        {
+            const __m128i neighbour = _mm_cvtsi32_si128(8 * step);
+            const auto evenPixels = [](__m128i a, __m128i b)
+            { return _mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a), _mm_castsi128_ps(b), 0x88)); };
+            for (int k = 0; k < static_cast<int>(std::size(pixels)); k += 2, src += 2 * step)
+            {
+                const auto two = [=](int i)
+                {
+                    return _mm_unpacklo_epi64(
+                        _mm_loadl_epi64(reinterpret_cast<const __m128i*>(src + offsets[i])),
+                        _mm_loadl_epi64(reinterpret_cast<const __m128i*>(src + offsets[i + 1])));
+                };
+                const __m128i a = two(0), b = two(2);
+                pixels[k].v = evenPixels(a, b);
+                if (k + 1 < static_cast<int>(std::size(pixels)))
+                    pixels[k + 1].v = evenPixels(_mm_srl_epi64(a, neighbour), _mm_srl_epi64(b, neighbour));
+            }
+        });
+}
+
+/// Stores the sums of pixels and their neighbours for HorizontalFixedRow: the lower halves of all 16 bytes
+/// first, as PromoteLower and PromoteUpper divide them, and Demote joins them again.
+inline void StorePairSums(std::uint16_t* out, Vector first, Vector second, const std::uint32_t* weights)
 {
     const __m128i zero = _mm_setzero_si128();
-    for (int i = 0; i < columns.wideReadEnd; ++i, out += channels)
+    const __m128i first4 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(weights));
+    const __m128i second4 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(weights + zel::kGroup));
+    const __m128i four = _mm_or_si128(first4, _mm_slli_epi32(second4, 8));
+    const auto sums = [=](__m128i pairs, __m128i both)
     {
-        const unsigned char* const first = src + columns.offsets[i];
-        short weights;
-        std::memcpy(&weights, columns.weights + 2 * i, sizeof weights);
-        int left, right;
-        std::memcpy(&left, first, sizeof left);
-        std::memcpy(&right, first + columns.step, sizeof right);
-        const __m128i pairs = _mm_unpacklo_epi8(_mm_cvtsi32_si128(left), _mm_cvtsi32_si128(right));
-        const __m128i both = _mm_unpacklo_epi8(_mm_set1_epi16(weights), zero);
-        const __m128i sums = _mm_madd_epi16(_mm_unpacklo_epi8(pairs, zero), both);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packs_epi32(sums, sums));
-    }
-    return columns.wideReadEnd;
-}
-
-using Floats = __m128;
-
-/// Four bytes of a pixel.
-inline Floats PixelAsFloats(const unsigned char* bytes)
-{
-    int four;
-    std::memcpy(&four, bytes, sizeof four);
-    const __m128i zero = _mm_setzero_si128();
-    const __m128i words = _mm_unpacklo_epi8(_mm_cvtsi32_si128(four), zero);
-    return _mm_cvtepi32_ps(_mm_unpacklo_epi16(words, zero));
-}
-
-inline void StoreFloats(float* out, Floats values)
-{
-    _mm_storeu_ps(out, values);
-}
-
-/// The loop that the compiler vectorises is as fast, so nothing is done here.
-inline std::ptrdiff_t VerticalFourTaps(unsigned char*, unsigned char*, const float* const (&)[4],
-                                       const float (&)[4], std::ptrdiff_t)
-{
-    return 0;
+        return _mm_packs_epi32(_mm_madd_epi16(_mm_unpacklo_epi8(pairs, zero), _mm_unpacklo_epi8(both, zero)),
+                               _mm_madd_epi16(_mm_unpackhi_epi8(pairs, zero), _mm_unpackhi_epi8(both, zero)));
+    };
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out),
+                     sums(_mm_unpacklo_epi8(first.v, second.v), _mm_unpacklo_epi32(four, four)));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 8),
+                     sums(_mm_unpackhi_epi8(first.v, second.v), _mm_unpackhi_epi32(four, four)));
 }
 
 struct Doubles
