@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <limits>
 #include <new>
 
@@ -24,25 +25,19 @@ Colors DefaultColors()
     return colors;
 }
 
-std::uint32_t ToPixel(const PALETTEENTRY& color)
-{
-    return static_cast<std::uint32_t>(color.peRed) << 16 | static_cast<std::uint32_t>(color.peGreen) << 8 |
-           color.peBlue;
-}
-
+// The first of the entries that are nearest to the pixel; 0 if there are none.
 std::uint32_t NearestIndex(const Colors& colors, std::uint32_t pixel)
 {
-    const auto distance = [pixel](const PALETTEENTRY& color)
+    const auto red = static_cast<int>(pixel >> 16 & 0xFF), green = static_cast<int>(pixel >> 8 & 0xFF),
+               blue = static_cast<int>(pixel & 0xFF);
+    // A squared distance, at most 3 * 255 * 255, times 256, plus an index: vectors find the least of these.
+    int least = 0x7FFFFF00, index = 0;
+    for (const PALETTEENTRY& color : colors)
     {
-        const int red = color.peRed - static_cast<int>(pixel >> 16 & 0xFF);
-        const int green = color.peGreen - static_cast<int>(pixel >> 8 & 0xFF);
-        const int blue = color.peBlue - static_cast<int>(pixel & 0xFF);
-        return red * red + green * green + blue * blue;
-    };
-    const auto nearest = std::min_element(colors.begin(), colors.end(),
-                                          [&](const PALETTEENTRY& a, const PALETTEENTRY& b)
-                                          { return distance(a) < distance(b); });
-    return nearest == colors.end() ? 0 : static_cast<std::uint32_t>(nearest - colors.begin());
+        const int r = color.peRed - red, g = color.peGreen - green, b = color.peBlue - blue;
+        least = std::min(least, (r * r + g * g + b * b) * 256 + index++);
+    }
+    return static_cast<std::uint32_t>(least & 0xFF);
 }
 
 } // namespace
@@ -71,16 +66,35 @@ void LockedDevice::AddStockObjects()
     }
 }
 
-std::uint32_t ColorAt(const Colors& colors, std::uint32_t index)
+ColorTable::ColorTable(const Colors& colors)
 {
-    return index < colors.size() ? ToPixel(colors[index]) : 0;
+    const std::size_t count = std::min(colors.size(), std::size(pixels));
+    for (std::size_t i = 0; i < count; ++i)
+        pixels[i] =
+            static_cast<std::uint32_t>(colors[i].peRed << 16 | colors[i].peGreen << 8 | colors[i].peBlue);
 }
 
-std::uint32_t ToStored(const Screen& screen, int depth, std::uint32_t pixel)
+StoredFormat::StoredFormat(const Screen& screen, int depth) : m_colors(screen.colors), m_depth(depth)
 {
-    if (depth == 1)
-        return (pixel & kWhite) == kWhite ? kWhite : 0;
-    return depth == 8 ? NearestIndex(screen.colors, pixel) : pixel;
+    if (depth == 8) // black is right in every place
+        std::fill(std::begin(m_found), std::end(m_found), NearestIndex(m_colors, 0));
+}
+
+void StoredFormat::Convert(std::uint32_t* pixels, int count)
+{
+    if (m_depth == 1)
+        for (int i = 0; i < count; ++i)
+            pixels[i] = (pixels[i] & kWhite) == kWhite ? kWhite : 0;
+    if (m_depth != 8)
+        return;
+    for (int i = 0; i < count; ++i)
+    {
+        const std::uint32_t color = pixels[i] & kWhite;
+        std::uint32_t& found = m_found[color * 0x9E3779B1 >> (32 - kPlaceBits)];
+        if (found >> 8 != color)
+            found = color << 8 | NearestIndex(m_colors, color);
+        pixels[i] = found & 0xFF;
+    }
 }
 
 std::uint32_t NearestBlackOrWhite(std::uint32_t pixel)

@@ -24,12 +24,12 @@ struct Bitmap
     int width;
     int height;
     int depth;
-    std::vector<std::uint32_t> pixels; ///< top row first; indices at 8 bits, black or white at 1 bit
+    std::vector<std::uint32_t> pixels; ///< bottom row first; indices at 8 bits, black or white at 1 bit
     HDC selectedIn = nullptr;          ///< always null for the stock bitmap, which all contexts share
     bool deleted = false;              ///< by the caller, but it lives until it is deselected
 
-    std::uint32_t* Row(int y) { return pixels.data() + static_cast<std::ptrdiff_t>(y) * width; }
-    const std::uint32_t* Row(int y) const { return pixels.data() + static_cast<std::ptrdiff_t>(y) * width; }
+    std::uint32_t* Row(int y) { return pixels.data() + std::ptrdiff_t{height - 1 - y} * width; }
+    const std::uint32_t* Row(int y) const { return pixels.data() + std::ptrdiff_t{height - 1 - y} * width; }
 };
 
 struct Palette
@@ -182,12 +182,30 @@ private:
     const std::lock_guard<std::mutex> m_lock;
 };
 
-/// The pixel of a palette entry; black for an index beyond the last entry.
-std::uint32_t ColorAt(const Colors& colors, std::uint32_t index);
+/// The pixels that the indices of an 8-bit bitmap stand for; black beyond the last colour.
+struct ColorTable
+{
+    explicit ColorTable(const Colors& colors);
 
-/// Converts a pixel of 32 bits to what a bitmap of this depth stores, as drawing does: at 1 bit only white
+    std::uint32_t pixels[256] = {};
+};
+
+/// Converts pixels of 32 bits to what a bitmap of this depth stores, as drawing does: at 1 bit only white
 /// becomes white, at 8 bits the nearest of the screen's colours is chosen.
-std::uint32_t ToStored(const Screen& screen, int depth, std::uint32_t pixel);
+class StoredFormat
+{
+public:
+    StoredFormat(const Screen& screen, int depth);
+
+    void Convert(std::uint32_t* pixels, int count);
+
+private:
+    static constexpr int kPlaceBits = 12;
+
+    const Colors& m_colors;
+    int m_depth;
+    std::uint32_t m_found[1 << kPlaceBits]; ///< the latest colours, each times 256, plus their indices
+};
 
 /// Black or white, whichever is nearer in brightness: how SetPixel and CreateDIBitmap convert to 1 bit.
 std::uint32_t NearestBlackOrWhite(std::uint32_t pixel);

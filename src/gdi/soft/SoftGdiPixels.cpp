@@ -1,15 +1,19 @@
 #include "ZelUtil/SoftGdi.h"
 
 #include "gdi/soft/SoftDevice.h"
+#include "image/Resize.h"
+#include "kernels/Kernels.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <exception>
+#include <limits>
+#include <memory>
+#include <new>
 #include <optional>
 
-using zel::soft::Bitmap, zel::soft::Colors, zel::soft::ColorAt, zel::soft::Context, zel::soft::kWhite,
-    zel::soft::LockedDevice, zel::soft::NearestBlackOrWhite, zel::soft::ToStored;
+using zel::soft::Bitmap, zel::soft::ColorTable, zel::soft::Context, zel::soft::kWhite,
+    zel::soft::LockedDevice, zel::soft::NearestBlackOrWhite, zel::soft::Screen, zel::soft::StoredFormat;
 
 namespace
 {
@@ -20,30 +24,26 @@ std::uint32_t SwapRedAndBlue(std::uint32_t color)
     return (color & 0xFF) << 16 | (color & 0xFF00) | (color >> 16 & 0xFF);
 }
 
-// Reads pixel x of a row: an index at 1, 4 and 8 bits, otherwise the pixel converted to 32 bits.
-std::uint32_t RawPixel(const std::uint8_t* row, std::int64_t x, int depth)
+std::uint8_t* BytesOf(std::uint32_t* pixels)
 {
-    const auto widened = [](int value)
-    { return static_cast<std::uint32_t>((value & 31) << 3 | (value & 31) >> 2); };
-    switch (depth)
+    return reinterpret_cast<std::uint8_t*>(pixels);
+}
+
+// Converts a row to 4-byte pixels: indices by a table, and with a fourth byte of 0 unless it has 32 bits.
+void ConvertRow(std::uint8_t* out, const std::uint8_t* row, int depth, const std::uint32_t* table, int count)
+{
+    if (depth == 32)
+        std::memcpy(out, row, 4 * static_cast<std::size_t>(count));
+    else if (depth <= 8)
+        zel::PaletteToTrueColorRow(out, 4, row, depth, table, count);
+    else
     {
-    case 1:
-        return row[x / 8] >> (7 - x % 8) & 1;
-    case 4:
-        return row[x / 2] >> (4 - 4 * (x % 2)) & 15;
-    case 8:
-        return row[x];
-    case 16:
-    {
-        const int word = row[2 * x] | row[2 * x + 1] << 8;
-        return widened(word >> 10) << 16 | widened(word >> 5) << 8 | widened(word);
-    }
-    case 24:
-        return static_cast<std::uint32_t>(row[3 * x] | row[3 * x + 1] << 8 | row[3 * x + 2] << 16);
-    default:
-        std::uint32_t pixel;
-        std::memcpy(&pixel, row + 4 * x, sizeof pixel);
-        return pixel;
+        const zel::KernelTable& kernels = zel::ActiveKernels();
+        if (depth == 16)
+            zel::Bgr555ToTrueColorRow(out, 4, row, count);
+        else
+            kernels.bgr24ToBgra32Row(out, row, count);
+        kernels.fillAlphaRow(out, 0, count);
     }
 }
 
@@ -67,41 +67,36 @@ public:
 
     int Width() const { return m_header.biWidth; }
     std::int64_t Height() const { return std::abs(std::int64_t{m_header.biHeight}); }
+    int Depth() const { return m_header.biBitCount; }
 
-    const std::uint8_t* Row(std::int64_t y) const
+    /// Row y from column x on, which must begin with a whole byte: a multiple of 8 does.
+    const std::uint8_t* Row(std::int64_t x, std::int64_t y) const
     {
-        return m_bits + (m_header.biHeight > 0 ? Height() - 1 - y : y) * m_rowBytes;
+        return m_bits + (m_header.biHeight > 0 ? Height() - 1 - y : y) * m_rowBytes + x * Depth() / 8;
     }
 
-    std::uint32_t Pixel(const std::uint8_t* row, std::int64_t x) const
+    void Convert(std::uint8_t* out, const std::uint8_t* row, int count) const
     {
-        const std::uint32_t value = RawPixel(row, x, m_header.biBitCount);
-        return m_header.biBitCount <= 8 ? TableColor(value) : value;
+        ConvertRow(out, row, Depth(), m_table, count);
     }
 
 private:
     Dib(const BITMAPINFO& info, const std::uint8_t* bits)
         : m_header(info.bmiHeader), m_bits(bits),
-          m_table(reinterpret_cast<const std::uint8_t*>(&info) + m_header.biSize),
-          m_rowBytes((std::int64_t{m_header.biWidth} * m_header.biBitCount + 31) / 32 * 4)
+          m_rowBytes((std::int64_t{m_header.biWidth} * m_header.biBitCount + 31) / 32 * 4), m_table()
     {
-        const std::uint32_t full = m_header.biBitCount <= 8 ? 1U << m_header.biBitCount : 0;
-        m_colors = m_header.biClrUsed == 0 || m_header.biClrUsed > full ? full : m_header.biClrUsed;
-    }
-
-    std::uint32_t TableColor(std::uint32_t index) const
-    {
-        if (index >= m_colors)
-            return 0;
-        const std::uint8_t* const color = m_table + 4 * index;
-        return static_cast<std::uint32_t>(color[0] | color[1] << 8 | color[2] << 16);
+        const std::uint32_t full = Depth() <= 8 ? 1U << Depth() : 0;
+        const bool isFull = m_header.biClrUsed == 0 || m_header.biClrUsed > full;
+        std::memcpy(m_table, reinterpret_cast<const std::uint8_t*>(&info) + m_header.biSize,
+                    sizeof *m_table * (isFull ? full : m_header.biClrUsed));
+        for (std::uint32_t& color : m_table)
+            color &= kWhite;
     }
 
     BITMAPINFOHEADER m_header;
     const std::uint8_t* m_bits;
-    const std::uint8_t* m_table;
     std::int64_t m_rowBytes;
-    std::uint32_t m_colors;
+    std::uint32_t m_table[256]; ///< black beyond the last colour
 };
 
 // One axis of a rectangle: `count` positions that are numbered from 0 at `start` upward, or downward if the
@@ -164,28 +159,131 @@ Range SourceRange(const ClippedExtent& dest, const ClippedExtent& source, std::i
             std::min(static_cast<std::int64_t>(last), source.last)};
 }
 
-// Combines the pixels of a block into one: AND for BLACKONWHITE, OR for WHITEONBLACK. In the other modes the
-// last column of the first row stands for the block. The ranges must not be empty.
-std::uint32_t CombinePixels(const Dib& dib, const ClippedExtent& sourceX, const ClippedExtent& sourceY,
-                            Range columns, Range rows, int mode)
+// Leaves out the target positions whose source positions all lie outside the source: some at either end,
+// since the groups follow each other without gaps.
+void SkipEmpty(ClippedExtent& dest, const ClippedExtent& source)
 {
-    const std::uint8_t* const top = dib.Row(sourceY.At(rows.first));
-    if (mode != BLACKONWHITE && mode != WHITEONBLACK)
-        return dib.Pixel(top, sourceX.At(columns.second));
-
-    std::uint32_t pixel = dib.Pixel(top, sourceX.At(columns.first));
-    if (rows.first == rows.second && columns.first == columns.second)
-        return pixel;
-    for (std::int64_t i = rows.first; i <= rows.second; ++i)
+    const auto isEmpty = [&](std::int64_t j)
     {
-        const std::uint8_t* const row = dib.Row(sourceY.At(i));
-        for (std::int64_t column = columns.first; column <= columns.second; ++column)
-        {
-            const std::uint32_t other = dib.Pixel(row, sourceX.At(column));
-            pixel = mode == BLACKONWHITE ? pixel & other : pixel | other;
-        }
+        const Range range = SourceRange(dest, source, j);
+        return range.first > range.second;
+    };
+    while (!dest.IsEmpty() && isEmpty(dest.first))
+        ++dest.first;
+    while (!dest.IsEmpty() && isEmpty(dest.last))
+        --dest.last;
+}
+
+// Combines two rows into `out`, which may be the first of them.
+void CombineRows(std::uint8_t* out, const std::uint8_t* a, const std::uint8_t* b, bool isAnd, int bytes)
+{
+    for (int i = 0; i < bytes; ++i)
+        out[i] = static_cast<std::uint8_t>(isAnd ? a[i] & b[i] : a[i] | b[i]);
+}
+
+// Combines the pixels of a row from the byte offsets[i] to the byte offsets[i + 1] into pixel i of `out`.
+void CombineColumns(std::uint32_t* out, const std::uint8_t* row, const int* offsets, bool isAnd, int count)
+{
+    const auto pixelAt = [row](int offset)
+    {
+        std::uint32_t pixel;
+        std::memcpy(&pixel, row + offset, sizeof pixel);
+        return pixel;
+    };
+    for (int i = 0; i < count; ++i)
+    {
+        out[i] = pixelAt(offsets[i]);
+        for (int offset = offsets[i] + 4; offset < offsets[i + 1]; offset += 4)
+            out[i] = isAnd ? out[i] & pixelAt(offset) : out[i] | pixelAt(offset);
     }
-    return pixel;
+}
+
+// Draws what lies inside the target and inside the source, neither of which is missed. The pixels of a block
+// are combined into one: by AND for BLACKONWHITE, by OR for WHITEONBLACK. In the other modes the last column
+// of the first row stands for the block. Returns whether there was anything to draw. Throws std::bad_alloc,
+// with nothing drawn, if memory runs out.
+bool Stretch(Bitmap& target, ClippedExtent targetX, ClippedExtent targetY, const Dib& dib,
+             const ClippedExtent& sourceX, const ClippedExtent& sourceY, int mode, const Screen& screen)
+{
+    SkipEmpty(targetX, sourceX);
+    SkipEmpty(targetY, sourceY);
+    if (targetX.IsEmpty() || targetY.IsEmpty())
+        return false;
+
+    // Pixels of the target are numbered from the left of the source, and the columns that they take are
+    // counted from one that begins with a whole byte.
+    const bool isAnd = mode == BLACKONWHITE, combines = isAnd || mode == WHITEONBLACK;
+    const auto count = static_cast<int>(targetX.last - targetX.first + 1);
+    const auto columnsOf = [&](int i)
+    {
+        Range range = SourceRange(targetX, sourceX, sourceX.backwards ? targetX.last - i : targetX.first + i);
+        if (!combines)
+            range.first = range.second;
+        return std::minmax({sourceX.At(range.first), sourceX.At(range.second)});
+    };
+    const std::int64_t left = columnsOf(0).first / 8 * 8, end = columnsOf(count - 1).second + 1;
+    if (end - left > std::numeric_limits<int>::max() / 4)
+        throw std::bad_alloc();
+    const auto columns = static_cast<int>(end - left);
+    const auto offsets =
+        zel::Tabulate(count + 1, [&](int i)
+                      { return 4 * static_cast<int>((i < count ? columnsOf(i).first : end) - left); });
+
+    // Bits of a pixel can be combined before it is converted, but those of an index cannot.
+    const int depth = dib.Depth();
+    const auto roomBytes = 4 * static_cast<std::size_t>(columns);
+    const auto room = std::make_unique_for_overwrite<std::uint8_t[]>(2 * roomBytes);
+    std::uint8_t *const combined = room.get(), *const other = combined + roomBytes;
+    const auto combinable = [&](std::int64_t number, std::uint8_t* out)
+    {
+        const std::uint8_t* const row = dib.Row(left, sourceY.At(number));
+        if (depth > 8)
+            return row;
+        dib.Convert(out, row, columns);
+        return static_cast<const std::uint8_t*>(out);
+    };
+
+    StoredFormat format(screen, target.depth);
+    const std::uint32_t* drawn = nullptr;
+    Range drawnRows = {-1, -1};
+    for (std::int64_t j = targetY.last; j >= targetY.first; --j) // in the order of memory
+    {
+        std::uint32_t* const to = target.Row(static_cast<int>(targetY.At(j))) +
+                                  targetX.At(targetX.backwards ? targetX.last : targetX.first);
+        Range rows = SourceRange(targetY, sourceY, j);
+        if (!combines)
+            rows.second = rows.first;
+        if (rows == drawnRows)
+        {
+            std::copy_n(drawn, count, to);
+            continue;
+        }
+        drawn = to;
+        drawnRows = rows;
+
+        const std::uint8_t* pixels = combinable(rows.first, combined);
+        for (std::int64_t row = rows.first + 1; row <= rows.second; ++row)
+        {
+            CombineRows(combined, pixels, combinable(row, other), isAnd,
+                        columns * (depth > 8 ? depth / 8 : 4));
+            pixels = combined;
+        }
+        if (depth == 16 || depth == 24)
+        {
+            dib.Convert(other, pixels, columns);
+            pixels = other;
+        }
+        if (sourceX.count == targetX.count)
+            std::memcpy(to, pixels + offsets[0], 4 * static_cast<std::size_t>(count));
+        else if (combines && sourceX.count > targetX.count)
+            CombineColumns(to, pixels, offsets.get(), isAnd, count);
+        else
+            zel::ActiveKernels().scaleColumnsRow(BytesOf(to), 4, pixels, offsets.get(), count, 4);
+        if (targetX.backwards != sourceX.backwards)
+            std::reverse(to, to + count);
+        format.Convert(to, count);
+    }
+    return true;
 }
 
 } // namespace
@@ -200,14 +298,14 @@ HBITMAP CreateBitmap(int width, int height, UINT planes, UINT bitCount, const vo
     if (bitmap == nullptr || handle == device->stockBitmap || bits == nullptr)
         return handle;
 
+    constexpr std::uint32_t kBlackAndWhite[] = {0, kWhite};
     const auto* row = static_cast<const std::uint8_t*>(bits);
     for (int y = 0; y < bitmap->height;
          ++y, row += (std::int64_t{bitmap->width} * bitmap->depth + 15) / 16 * 2)
-        for (std::int64_t x = 0; x < bitmap->width; ++x)
-        {
-            const std::uint32_t value = RawPixel(row, x, bitmap->depth);
-            bitmap->Row(y)[x] = bitmap->depth == 1 && value != 0 ? kWhite : value;
-        }
+        if (bitmap->depth == 8)
+            std::copy_n(row, bitmap->width, bitmap->Row(y));
+        else
+            ConvertRow(BytesOf(bitmap->Row(y)), row, bitmap->depth, kBlackAndWhite, bitmap->width);
     return handle;
 }
 
@@ -234,13 +332,16 @@ HBITMAP CreateDIBitmap(HDC dc, const BITMAPINFOHEADER* header, DWORD flags, cons
 
     const int width = std::min(bitmap->width, dib->Width());
     const auto height = static_cast<int>(std::min<std::int64_t>(bitmap->height, dib->Height()));
+    StoredFormat format(device->screen, depth);
     for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-        {
-            const std::uint32_t pixel = dib->Pixel(dib->Row(y), x);
-            bitmap->Row(y)[x] =
-                depth == 1 ? NearestBlackOrWhite(pixel) : ToStored(device->screen, depth, pixel);
-        }
+    {
+        std::uint32_t* const row = bitmap->Row(y);
+        dib->Convert(BytesOf(row), dib->Row(0, y), width);
+        if (depth == 1)
+            std::transform(row, row + width, row, NearestBlackOrWhite);
+        else
+            format.Convert(row, width);
+    }
     return handle;
 }
 
@@ -270,35 +371,14 @@ int StretchDIBits(HDC dc, int destX, int destY, int destWidth, int destHeight, i
 
     try
     {
-        const std::size_t count = static_cast<std::size_t>(targetX.last - targetX.first) + 1;
-        std::vector<Range> columns;
-        columns.reserve(count);
-        for (std::int64_t i = targetX.first; i <= targetX.last; ++i)
-            columns.push_back(SourceRange(targetX, sourceX, i));
-
-        bool drawn = false;
-        for (std::int64_t j = targetY.first; j <= targetY.last; ++j)
-        {
-            const Range rows = SourceRange(targetY, sourceY, j);
-            if (rows.first > rows.second)
-                continue;
-            std::uint32_t* const to = target->Row(static_cast<int>(targetY.At(j)));
-            for (std::size_t i = 0; i < count; ++i)
-            {
-                if (columns[i].first > columns[i].second)
-                    continue;
-                const std::uint32_t pixel =
-                    CombinePixels(*dib, sourceX, sourceY, columns[i], rows, context->stretchMode);
-                to[targetX.At(targetX.first + static_cast<std::int64_t>(i))] =
-                    ToStored(device->screen, target->depth, pixel);
-                drawn = true;
-            }
-        }
-        return drawn ? result : 0;
+        return Stretch(*target, targetX, targetY, *dib, sourceX, sourceY, context->stretchMode,
+                       device->screen)
+                   ? result
+                   : 0;
     }
-    catch (const std::exception&)
+    catch (const std::bad_alloc&)
     {
-        return 0; // no memory for the columns
+        return 0;
     }
 }
 
@@ -319,21 +399,21 @@ BOOL BitBlt(HDC dest, int x, int y, int width, int height, HDC source, int srcX,
     if (columns.count <= 0)
         return TRUE;
 
+    const ColorTable colors(device.ScreenColors());
+    StoredFormat format(device->screen, to->depth);
+    const auto count = static_cast<int>(columns.count);
     for (std::int64_t i = 0; i < rows.count; ++i)
     {
         // If both are the same bitmap, every row must be read before it is overwritten.
-        const std::int64_t row = rows.to > rows.from ? rows.count - 1 - i : i;
+        const std::int64_t row = rows.to >= rows.from ? rows.count - 1 - i : i;
         std::uint32_t* const out = to->Row(static_cast<int>(rows.to + row)) + columns.to;
         const std::uint32_t* const in = from->Row(static_cast<int>(rows.from + row)) + columns.from;
+        std::memmove(out, in, 4 * static_cast<std::size_t>(count));
         if (to->depth == from->depth)
-        {
-            std::memmove(out, in, static_cast<std::size_t>(columns.count) * sizeof *out);
             continue;
-        }
-        const Colors* const indexed = from->depth == 8 ? &device.ScreenColors() : nullptr;
-        for (std::int64_t column = 0; column < columns.count; ++column)
-            out[column] = ToStored(device->screen, to->depth,
-                                   indexed == nullptr ? in[column] : ColorAt(*indexed, in[column]));
+        if (from->depth == 8)
+            std::transform(out, out + count, out, [&](std::uint32_t index) { return colors.pixels[index]; });
+        format.Convert(out, count);
     }
     return TRUE;
 }
@@ -359,17 +439,17 @@ int GetDIBits(HDC dc, HBITMAP bitmap, UINT start, UINT lines, void* bits, BITMAP
         return source->height;
 
     // Indices stand for colours of the selected palette, or of the screen if that is the default palette.
-    const Colors& colors = context->colors == nullptr ? device.ScreenColors() : *context->colors;
+    const ColorTable colors(context->colors == nullptr ? device.ScreenColors() : *context->colors);
     auto* out = static_cast<std::uint8_t*>(bits);
-    for (UINT i = 0; i < count; ++i)
+    for (UINT i = 0; i < count; ++i, out += 4 * source->width)
     {
         const UINT fromBottom = start + (header.biHeight > 0 ? i : count - 1 - i);
         const std::uint32_t* const row = source->Row(static_cast<int>(height - 1 - fromBottom));
-        for (int x = 0; x < source->width; ++x, out += 4)
-        {
-            const std::uint32_t pixel = source->depth == 8 ? ColorAt(colors, row[x]) : row[x];
-            std::memcpy(out, &pixel, sizeof pixel);
-        }
+        if (source->depth != 8)
+            std::memcpy(out, row, 4 * static_cast<std::size_t>(source->width));
+        else
+            for (int x = 0; x < source->width; ++x)
+                std::memcpy(out + 4 * x, &colors.pixels[row[x]], 4);
     }
     return static_cast<int>(count);
 }
@@ -382,7 +462,7 @@ COLORREF GetPixel(HDC dc, int x, int y)
     if (bitmap == nullptr || x < 0 || y < 0 || x >= bitmap->width || y >= bitmap->height)
         return CLR_INVALID;
     const std::uint32_t pixel = bitmap->Row(y)[x];
-    return SwapRedAndBlue(bitmap->depth == 8 ? ColorAt(device.ScreenColors(), pixel) : pixel);
+    return SwapRedAndBlue(bitmap->depth == 8 ? ColorTable(device.ScreenColors()).pixels[pixel] : pixel);
 }
 
 COLORREF SetPixel(HDC dc, int x, int y, COLORREF color)
@@ -398,6 +478,7 @@ COLORREF SetPixel(HDC dc, int x, int y, COLORREF color)
     std::uint32_t& pixel = bitmap->Row(y)[x];
     if (bitmap->depth == 1)
         return pixel = NearestBlackOrWhite(SwapRedAndBlue(color));
-    pixel = ToStored(device->screen, bitmap->depth, SwapRedAndBlue(color));
-    return SwapRedAndBlue(bitmap->depth == 8 ? ColorAt(device.ScreenColors(), pixel) : pixel);
+    pixel = SwapRedAndBlue(color);
+    StoredFormat(device->screen, bitmap->depth).Convert(&pixel, 1);
+    return SwapRedAndBlue(bitmap->depth == 8 ? ColorTable(device.ScreenColors()).pixels[pixel] : pixel);
 }
