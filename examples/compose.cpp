@@ -35,12 +35,15 @@ void Timed(const char* name, const Step& step)
     std::printf("  %-34s %8.3f ms\n", name, time.count());
 }
 
+// The image has 24 bits and the rectangle at least one pixel.
 void FillRect(const CTarvexDib& dib, int left, int top, int right, int bottom, RGBQUAD color)
 {
     const unsigned char pixel[3] = {color.rgbBlue, color.rgbGreen, color.rgbRed};
-    for (int y = top; y < bottom; ++y)
-        for (int x = left; x < right; ++x)
-            std::memcpy(dib.GetPixelFast(x, y), pixel, sizeof pixel);
+    for (int x = left; x < right; ++x)
+        std::memcpy(dib.GetPixelFast(x, top), pixel, sizeof pixel);
+    for (int y = top + 1; y < bottom; ++y)
+        std::memcpy(dib.GetPixelFast(left, y), dib.GetPixelFast(left, top),
+                    sizeof pixel * static_cast<std::size_t>(right - left));
 }
 
 // A light that fades towards the corners, drawn small and enlarged.
