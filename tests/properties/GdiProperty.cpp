@@ -97,7 +97,7 @@ void property::Gdi(Input input)
     const int kind = input.Byte(), depth = kind % 2 == 0 ? 32 : 8, scale = 4 << kind / 2 % 3;
     PALETTEENTRY colors[256], read[256];
     for (int i = 0; i < 256; ++i)
-        colors[i] = {BYTE(i / 64 * 85), BYTE(i / 16 % 4 * 85), BYTE(i % 16 * 17), 0};
+        colors[i ^ 8] = {BYTE(i / 64 * 85), BYTE(i / 16 % 4 * 85), BYTE(i % 16 * 17), 0};
     Canvas wide(70, 5, 32); // stays selected if the screen changes
     Require(SetSoftScreen(640, 480, depth, colors, 256), "a screen is set");
     for (const auto& [width, height, bits, count] :
@@ -111,7 +111,8 @@ void property::Gdi(Input input)
 
     Canvas mono(24, 12, 1), first(23, 11, depth), second(9, 7, depth);
     Canvas* const canvases[] = {&wide, &mono, &first, &second};
-    Picture models[] = {{70, 5}, {24, 12}, {23, 11}, {9, 7}};
+    const std::uint32_t blank = depth == 8 ? 8 * 17 : 0; // what index 0 stands for
+    Picture models[] = {{70, 5}, {24, 12}, {23, 11, Pixels(23 * 11, blank)}, {9, 7, Pixels(9 * 7, blank)}};
     const int depths[] = {32, 1, depth, depth};
     while (!input.IsEmpty())
     {
@@ -135,11 +136,12 @@ void property::Gdi(Input input)
             const int width = rect.Width(), height = rect.Height();
             const bool isEmpty = width * height == 0;
             Picture captured = {isEmpty ? 1 : std::abs(width), isEmpty ? 1 : std::abs(height)};
+            captured.pixels.assign(captured.pixels.size(), depths[from] == 8 ? blank : 0);
             if (from > 0 || depth == 32) // on a palette screen the 32-bit bitmap cannot be selected
                 Paint(captured, depths[from], source,
                       {0, 0, width, height, rect.left, rect.top, width, height});
-            if (depths[from] == 8) // Capture uses 255 palette entries, so index 255, white, becomes black
-                std::replace(captured.pixels.begin(), captured.pixels.end(), kWhite, 0U);
+            if (depths[from] == 8) // Capture uses 255 palette entries, so index 255 becomes black
+                std::replace(captured.pixels.begin(), captured.pixels.end(), 0xFFFF77U, 0U);
             CWinDib dib;
             Require(dib.Capture(canvases[from]->dc, rect), "capturing");
             if (isEmpty) // the pixel of the bitmap that fresh contexts share, whatever was drawn on it

@@ -198,10 +198,10 @@ void CombineColumns(std::uint32_t* out, const std::uint8_t* row, const int* offs
     }
 }
 
-// Draws what lies inside the target and inside the source, neither of which is missed. The pixels of a block
-// are combined into one: by AND for BLACKONWHITE, by OR for WHITEONBLACK. In the other modes the last column
-// of the first row stands for the block. Returns whether there was anything to draw. Throws std::bad_alloc,
-// with nothing drawn, if memory runs out.
+// Draws the source extents into the target extents, none of which is empty. In the modes BLACKONWHITE and
+// WHITEONBLACK the pixels of a block are combined by AND and by OR. In the others the last column of the
+// first row stands for the block. Returns whether there was a pixel to draw. Throws std::bad_alloc, with
+// nothing drawn, if memory runs out.
 bool Stretch(Bitmap& target, ClippedExtent targetX, ClippedExtent targetY, const Dib& dib,
              const ClippedExtent& sourceX, const ClippedExtent& sourceY, int mode, const Screen& screen)
 {
@@ -210,8 +210,8 @@ bool Stretch(Bitmap& target, ClippedExtent targetX, ClippedExtent targetY, const
     if (targetX.IsEmpty() || targetY.IsEmpty())
         return false;
 
-    // Pixels of the target are numbered from the left of the source, and the columns that they take are
-    // counted from one that begins with a whole byte.
+    // Target pixels are numbered from the left of the source, whose columns are counted from one that begins
+    // with a whole byte.
     const bool isAnd = mode == BLACKONWHITE, combines = isAnd || mode == WHITEONBLACK;
     const auto count = static_cast<int>(targetX.last - targetX.first + 1);
     const auto columnsOf = [&](int i)
@@ -229,7 +229,7 @@ bool Stretch(Bitmap& target, ClippedExtent targetX, ClippedExtent targetY, const
         zel::Tabulate(count + 1, [&](int i)
                       { return 4 * static_cast<int>((i < count ? columnsOf(i).first : end) - left); });
 
-    // Bits of a pixel can be combined before it is converted, but those of an index cannot.
+    // The bits of pixels can be combined before these are converted; those of indices cannot.
     const int depth = dib.Depth();
     const auto roomBytes = 4 * static_cast<std::size_t>(columns);
     const auto room = std::make_unique_for_overwrite<std::uint8_t[]>(2 * roomBytes);
