@@ -95,9 +95,9 @@ std::string CopyName(int width, int height, int bits)
     return "memcpy " + std::to_string(width) + "x" + std::to_string(height) + "x" + std::to_string(bits);
 }
 
-std::string WithBits(const char* name, int bits)
+std::string WithBits(const std::string& name, int bits)
 {
-    return std::string(name) + " " + std::to_string(bits);
+    return name + " " + std::to_string(bits);
 }
 
 std::string ScaleName(const Scale& scale)
@@ -118,9 +118,11 @@ void AddCopy(int width, int height, int bits)
     Add(CopyName(width, height, bits), width, height, copy, copy);
 }
 
-// Times an operation and its definition, if `agree` says that their results are equal. It is asked once.
+// Times an operation and, unless `timeDefinition` is false, its definition. Neither is timed unless `agree`,
+// which is asked once, says that their results are equal.
 void AddPair(const std::string& name, int width, int height, int bits, const Work& operation,
-             const Work& definition, const Work& agree, const Work& restore = nullptr)
+             const Work& definition, const Work& agree, const Work& restore = nullptr,
+             bool timeDefinition = true)
 {
     const Work once = [agree, known = std::make_shared<int>(-1)]
     {
@@ -129,13 +131,14 @@ void AddPair(const std::string& name, int width, int height, int bits, const Wor
         return *known == 1;
     };
     Add(name + "/library", width, height, operation, once, restore, CopyName(width, height, bits));
-    Add(name + "/definition", width, height, definition, once, restore);
+    if (timeDefinition)
+        Add(name + "/definition", width, height, definition, once, restore);
 }
 
 // An operation that writes the whole target picture.
 void AddOperation(const std::string& name, int width, int height, int bits,
                   const std::function<bool(CTarvexDib&)>& operation,
-                  const std::function<void(CTarvexDib&)>& definition)
+                  const std::function<void(CTarvexDib&)>& definition, bool timeDefinition = true)
 {
     const auto agree = [=]
     {
@@ -149,15 +152,15 @@ void AddOperation(const std::string& name, int width, int height, int bits,
         return true;
     };
     AddPair(
-        name, width, height, bits, [=] { return operation(Target(width, height, bits)); }, define, agree);
+        name, width, height, bits, [=] { return operation(Target(width, height, bits)); }, define, agree,
+        nullptr, timeDefinition);
 }
 
 void AddResizes()
 {
-    for (const Scale& s : kScales)
+    for (int i = 0; i < 3; ++i)
         for (const int bits : {24, 32})
-        {
-            for (int i = 0; i < 3; ++i)
+            for (const Scale& s : kScales)
             {
                 const auto method = static_cast<CTarvexDib::InterpolMethod>(i);
                 const auto resize = [=](CTarvexDib& to)
@@ -167,10 +170,12 @@ void AddResizes()
                 };
                 const auto define = [=](CTarvexDib& to)
                 { reference::Resize(to, Picture(s.fromWidth, s.fromHeight, bits), method); };
-                AddOperation(ResizeName(s, i, bits), s.width, s.height, bits, resize, define);
+                // The definition of cubic takes up to a second for a large picture.
+                AddOperation(ResizeName(s, i, bits), s.width, s.height, bits, resize, define,
+                             i < 2 || s.width * s.height < 1000000);
+                if (i == 0)
+                    AddCopy(s.width, s.height, bits);
             }
-            AddCopy(s.width, s.height, bits);
-        }
 }
 
 // The blends of two sources, with 24 or 32 bits.
@@ -178,8 +183,8 @@ void AddBlends(int bits)
 {
     using Blend = std::function<bool(CTarvexDib&, CTarvexDib&, CTarvexDib&)>;
     using Definition = std::function<void(CTarvexDib&, CTarvexDib&, CTarvexDib&)>;
-    const auto add =
-        [bits](const char* name, int firstBits, int first, const Blend& blend, const Definition& definition)
+    const auto add = [bits](const std::string& name, int firstBits, int first, const Blend& blend,
+                            const Definition& definition)
     {
         const auto sources = [=](const auto& operation)
         {
@@ -200,13 +205,11 @@ void AddBlends(int bits)
         "TransparentBlend", bits, kCutOut,
         [](auto& to, auto& a, auto& b) { return to.TransparentBlend(&a, &b, kKey[2], kKey[1], kKey[0]); },
         [](auto& to, auto& a, auto& b) { reference::TransparentBlend(to, a, b, kKey[2], kKey[1], kKey[0]); });
-    add(
-        "ShadePerPixel 100%", bits, 0,
-        [](auto& to, auto& a, auto& b) { return to.ShadePerPixel(&a, &b, 100); },
-        [](auto& to, auto& a, auto& b) { reference::ShadePerPixel(to, a, b, 100); });
-    add(
-        "ShadePerPixel 50%", bits, 0, [](auto& to, auto& a, auto& b) { return to.ShadePerPixel(&a, &b, 50); },
-        [](auto& to, auto& a, auto& b) { reference::ShadePerPixel(to, a, b, 50); });
+    for (const int strength : {100, bits == 24 ? 37 : 50})
+        add(
+            "ShadePerPixel " + std::to_string(strength) + "%", bits, 0,
+            [=](auto& to, auto& a, auto& b) { return to.ShadePerPixel(&a, &b, strength); },
+            [=](auto& to, auto& a, auto& b) { reference::ShadePerPixel(to, a, b, strength); });
 }
 
 void AddRegions(int bits)
@@ -526,6 +529,9 @@ int main(int argc, char** argv)
 #endif
 #if defined(HAVE_SDL)
     AddSdl();
+#endif
+#if defined(HAVE_STB)
+    AddStb();
 #endif
     benchmark::RunSpecifiedBenchmarks();
     std::filesystem::remove(TemporaryFile("zelutil-bench-in.bmp"));

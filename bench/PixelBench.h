@@ -34,18 +34,20 @@ struct Scale
     int fromWidth, fromHeight, width, height;
 };
 
-constexpr Scale kScales[] = {{640, 480, 1920, 1440},
-                             {1024, 1024, 2048, 2048},
-                             {4000, 3000, 1000, 750},
-                             {800, 600, 1366, 1000},
-                             {640, 480, 640, 480}};
+constexpr Scale kScales[] = {{1280, 853, 1536, 1130},  {800, 600, 1366, 1000}, {640, 480, 1920, 1440},
+                             {1024, 1024, 2048, 2048}, {640, 480, 640, 480},   {1920, 1080, 1366, 768},
+                             {4000, 3000, 1000, 750}};
 
 constexpr const char* kMethods[] = {"nearest", "bilinear", "cubic"}; // in the order of InterpolMethod
 
-// At equal size the cubic methods of other libraries copy, while this one blurs.
-inline bool IsComparable(const Scale& scale, int method)
+inline bool Enlarges(const Scale& scale)
 {
-    return method < 2 || scale.fromWidth != scale.width;
+    return scale.width > scale.fromWidth;
+}
+
+inline bool Reduces(const Scale& scale)
+{
+    return scale.width < scale.fromWidth;
 }
 
 std::string ResizeName(const Scale& scale, int method, int bits);
@@ -58,8 +60,9 @@ using Work = std::function<bool()>;
 void Add(const std::string& name, int width, int height, const Work& work, const Work& prepare,
          const Work& restore = nullptr, const std::string& label = "");
 
-// Times another library at the operation `name`. It may round differently, use weights of fewer bits or blend
-// with premultiplied alpha, so its result is not compared.
+// Times another library at the operation `name`. It may round differently or blend with premultiplied alpha,
+// so its result is not compared. A star at the end of `peer` says that it does other work, which may be more
+// or less: it interpolates with weights of 7 bits, filters when it reduces, or uses another cubic kernel.
 void AddPeer(const std::string& name, const std::string& peer, int width, int height,
              const std::function<void()>& work);
 
@@ -72,3 +75,4 @@ void AddLibYuv();
 void AddOpenCv();
 void AddPixman();
 void AddSdl();
+void AddStb();

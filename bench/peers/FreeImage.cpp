@@ -35,9 +35,10 @@ FIBITMAP* Source(int width, int height, int bits)
 }
 
 // An operation that allocates its result; the time includes freeing it.
-void AddMaker(const std::string& name, int width, int height, const std::function<FIBITMAP*()>& make)
+void AddMaker(const std::string& name, int width, int height, const std::function<FIBITMAP*()>& make,
+              const char* peer = "FreeImage")
 {
-    AddPeer(name, "FreeImage", width, height, [make] { freeimage::FreeImage_Unload(make()); });
+    AddPeer(name, peer, width, height, [make] { freeimage::FreeImage_Unload(make()); });
 }
 
 } // namespace
@@ -46,14 +47,15 @@ void AddFreeImage()
 {
     for (const Scale& s : kScales)
         for (const int bits : {24, 32})
-            if (IsComparable(s, 2))
-                AddMaker(ResizeName(s, 2, bits), s.width, s.height,
-                         [=]
-                         {
-                             return freeimage::FreeImage_Rescale(Source(s.fromWidth, s.fromHeight, bits),
-                                                                 s.width, s.height,
-                                                                 freeimage::FILTER_BSPLINE);
-                         });
+            if (Enlarges(s) || Reduces(s)) // at equal size it copies
+                AddMaker(
+                    ResizeName(s, 2, bits), s.width, s.height,
+                    [=]
+                    {
+                        return freeimage::FreeImage_Rescale(Source(s.fromWidth, s.fromHeight, bits), s.width,
+                                                            s.height, freeimage::FILTER_BSPLINE);
+                    },
+                    Enlarges(s) ? "FreeImage" : "FreeImage*");
     constexpr int conversions[][2] = {{1, 24}, {4, 24}, {8, 24}, {8, 32}, {16, 32}, {24, 32}};
     for (const auto [from, to] : conversions)
         AddMaker("ChangeToTrueColor " + std::to_string(from) + " to " + std::to_string(to), kWidth, kHeight,

@@ -25,7 +25,7 @@ void AddLibYuv()
     constexpr libyuv::FilterMode filters[] = {libyuv::kFilterNone, libyuv::kFilterBilinear};
     for (const Scale& s : kScales)
         for (int i = 0; i < 2; ++i)
-            AddPeer(ResizeName(s, i, 32), "libyuv", s.width, s.height,
+            AddPeer(ResizeName(s, i, 32), i == 0 ? "libyuv" : "libyuv*", s.width, s.height,
                     [=, filter = filters[i]]
                     {
                         const CTarvexDib& from = Picture(s.fromWidth, s.fromHeight, 32);

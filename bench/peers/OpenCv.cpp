@@ -47,6 +47,15 @@ void AddForBits(int bits)
             cv::Mat to = Written(bits);
             cv::multiply(Source(bits), Source(bits, 2), to, 1.0 / 256.0);
         });
+    add(bits == 24 ? "ShadePerPixel 37%" : "ShadePerPixel 50%",
+        [=, strength = bits == 24 ? 0.37 : 0.5]
+        {
+            static cv::Mat factors; // of 255: (1 + strength * (first / 128 - 1)) / (1 + strength)
+            cv::Mat to = Written(bits);
+            const double full = 255.0 / (1.0 + strength);
+            Source(bits).convertTo(factors, -1, full * strength / 128.0, full * (1.0 - strength));
+            cv::multiply(factors, Source(bits, 2), to, 1.0 / 255.0);
+        });
     add("Clone",
         [=]
         {
@@ -70,8 +79,8 @@ void AddOpenCv()
     constexpr int methods[] = {cv::INTER_NEAREST, cv::INTER_LINEAR, cv::INTER_CUBIC};
     for (const Scale& s : kScales)
         for (const int bits : {24, 32})
-            for (int i = 0; i < 3 && IsComparable(s, i); ++i)
-                AddPeer(ResizeName(s, i, bits), "OpenCV", s.width, s.height,
+            for (int i = 0; i < (Enlarges(s) || Reduces(s) ? 3 : 2); ++i) // at equal size its cubic copies
+                AddPeer(ResizeName(s, i, bits), i < 2 ? "OpenCV" : "OpenCV*", s.width, s.height,
                         [=, method = methods[i]]
                         {
                             cv::Mat to = Wrap(Target(s.width, s.height, bits));

@@ -39,7 +39,7 @@ void AddPixman()
     constexpr pixman_filter_t filters[] = {PIXMAN_FILTER_NEAREST, PIXMAN_FILTER_BILINEAR};
     for (const Scale& s : kScales)
         for (int i = 0; i < 2; ++i)
-            AddPeer(ResizeName(s, i, 32), "pixman", s.width, s.height,
+            AddPeer(ResizeName(s, i, 32), i == 0 ? "pixman" : "pixman*", s.width, s.height,
                     [=, filter = filters[i]]
                     {
                         const Image from(Picture(s.fromWidth, s.fromHeight, 32)),

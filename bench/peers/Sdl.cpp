@@ -70,7 +70,7 @@ void AddSdl()
                         SDL_UpperBlitScaled(from.surface, nullptr, to.surface, nullptr);
                     });
     for (const Scale& s : kScales)
-        AddPeer(ResizeName(s, 1, 32), "SDL", s.width, s.height,
+        AddPeer(ResizeName(s, 1, 32), "SDL*", s.width, s.height,
                 [=]
                 {
                     const Surface from(Picture(s.fromWidth, s.fromHeight, 32)),
@@ -93,6 +93,13 @@ void AddSdl()
                     const Surface from(Picture(kWidth, kHeight, 32)), to(Target(kWidth, kHeight, bits));
                     SDL_SetSurfaceBlendMode(from.surface, SDL_BLENDMODE_BLEND);
                     Blit(from, to);
+                });
+        AddPeer("Clone" + suffix, "SDL",
+                [=]
+                {
+                    const Surface from(Picture(kWidth, kHeight, bits)), to(Target(kWidth, kHeight, bits));
+                    const SDL_Rect part = {0, 0, kWidth / 2, kHeight / 2};
+                    SDL_UpperBlitScaled(from.surface, &part, to.surface, nullptr);
                 });
     }
     constexpr int conversions[][2] = {{1, 24}, {8, 24}, {8, 32}, {16, 32}, {24, 32}};
