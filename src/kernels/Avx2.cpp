@@ -330,10 +330,10 @@ void WithFetch(const Taps& columns, const Use& use)
                 {
                     const auto two = [=](int i, int j)
                     {
-                        const unsigned char* const first = src + k * step;
-                        return _mm_castpd_si128(
-                            _mm_loadh_pd(_mm_load_sd(reinterpret_cast<const double*>(first + offsets[i])),
-                                         reinterpret_cast<const double*>(first + offsets[j])));
+                        long long left, right;
+                        std::memcpy(&left, src + k * step + offsets[i], sizeof left);
+                        std::memcpy(&right, src + k * step + offsets[j], sizeof right);
+                        return _mm_set_epi64x(right, left);
                     };
                     const __m256i a = _mm256_set_m128i(two(4, 5), two(0, 1));
                     const __m256i b = _mm256_set_m128i(two(6, 7), two(2, 3));

@@ -28,8 +28,12 @@ struct Bitmap
     HDC selectedIn = nullptr;          ///< always null for the stock bitmap, which all contexts share
     bool deleted = false;              ///< by the caller, but it lives until it is deselected
 
-    std::uint32_t* Row(int y) { return pixels.data() + std::ptrdiff_t{height - 1 - y} * width; }
-    const std::uint32_t* Row(int y) const { return pixels.data() + std::ptrdiff_t{height - 1 - y} * width; }
+    std::size_t RowStart(int y) const
+    {
+        return static_cast<std::size_t>(height - 1 - y) * static_cast<std::size_t>(width);
+    }
+    std::uint32_t* Row(int y) { return &pixels[RowStart(y)]; }
+    const std::uint32_t* Row(int y) const { return &pixels[RowStart(y)]; }
 };
 
 struct Palette
