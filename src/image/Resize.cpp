@@ -16,8 +16,8 @@
 // - Bilinear, no side longer than 32768, the product of both denominators at most 127 and odd or a power of
 //   two: ResizeLinearFixedPoint. Sums of integers are exact, and FitsFixedPoint proves that the doubles round
 //   to the same byte.
-// - Bilinear otherwise, and cubic: ResizeLinearSeparable and ResizeCubic. Two float passes with a
-//   proven error bound; what lies within the bound of a rounding border is computed again in doubles.
+// - Bilinear otherwise, and cubic: ResizeLinearSeparable and ResizeCubic. Two float passes with a proven
+//   error bound; what lies within the bound of a rounding border is computed again in doubles.
 //
 // Both kinds of passes run in ResizeInTwoPasses: first along x, then along y.
 

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <iterator>
+#include <limits>
 
 /// What the paths of Resize share.
 namespace zel
@@ -49,26 +49,6 @@ private:
     std::unique_ptr<Value[]> m_values;
 };
 
-/// What the columns of a result read of a source row.
-template <typename Taps>
-struct Columns
-{
-    /// makeTap(position, length, step) makes a tap as MakeLinearTaps and MakeCubicTaps do.
-    template <typename MakeTap>
-    Columns(const ResizeJob& job, const MakeTap& makeTap)
-        : taps(Tabulate(job.to.Width(), [&](int i)
-                        { return makeTap(i * job.stepX, job.from.Width(), job.from.PixelSize()); })),
-          wideReadEnd(job.to.Width())
-    {
-        const int rowBytes = job.from.PixelSize() * job.from.Width();
-        while (wideReadEnd > 0 && std::end(taps.get()[wideReadEnd - 1].offset)[-1] + 4 > rowBytes)
-            --wideReadEnd;
-    }
-
-    std::unique_ptr<Taps[]> taps;
-    int wideReadEnd; ///< from this column on, loading four bytes at a tap could leave the source row
-};
-
 /// The tables of ColumnTaps for the columns of a result. A column reads neighbouring pixels, which all lie in
 /// the row: where the definition repeats a pixel at an end, its neighbours get the weight 0, or the weights
 /// of the repeated pixel are added up.
@@ -94,11 +74,13 @@ public:
             {
                 const int column = std::min(i, job.to.Width() - 1);
                 const int place = indexOf(column, k) - m_offsets.get()[i];
-                m_weights.get()[(i / kGroup * taps + place) * kGroup + i % kGroup] += weightOf(column, k);
+                m_weights.get()[(std::ptrdiff_t{i} / kGroup * taps + place) * kGroup + i % kGroup] +=
+                    weightOf(column, k);
             }
         for (int i = 0; i < Padded(job.to.Width()); i += kGroup)
             m_span = std::max(m_span, m_offsets.get()[i + kGroup - 1] - m_offsets.get()[i]);
-        m_step = m_span < kNearSpan ? 4 : job.from.PixelSize();
+        const bool isWide = job.from.Width() > std::numeric_limits<int>::max() / 4; // offsets are int
+        m_step = m_span < kNearSpan && !isWide ? 4 : job.from.PixelSize();
         for (int i = 0; i < Padded(job.to.Width()); ++i)
             m_offsets.get()[i] *= m_step;
     }
@@ -136,8 +118,8 @@ class SourceRows
 public:
     SourceRows(const CTarvexDib& from, int step)
         : m_from(from), m_end(from.GetPixelFast(0, 0) + from.BytesPerScanLine()), m_step(step),
-          m_row(std::make_unique<unsigned char[]>(std::size_t{4} * static_cast<std::size_t>(from.Width()) +
-                                                  kRowSlack))
+          m_row(std::make_unique<unsigned char[]>(
+              static_cast<std::size_t>(step) * static_cast<std::size_t>(from.Width()) + kRowSlack))
     {
     }
 
@@ -194,20 +176,6 @@ void ResizeInTwoPasses(const ResizeJob& job, const Method& method)
         for (int row = job.to.Height() - 1; row >= 0; --row) // the order of memory
             method.FillRow(job.to.GetPixelFast(begin, row), row, begin, count, filteredRow);
     }
-}
-
-/// The pixels from column `begin` of row `row` on, for FixUpCubicPixels.
-inline CubicFixUp MakeCubicFixUp(const ResizeJob& job, const Columns<CubicTaps>& columns, int begin, int row,
-                                 const CubicTaps& rowTap)
-{
-    CubicFixUp result = {job.to.GetPixelFast(begin, row), job.to.PixelSize(),          {},          {},
-                         columns.taps.get() + begin,      columns.wideReadEnd - begin, job.channels};
-    for (int k = 0; k < 4; ++k)
-    {
-        result.rows[k] = job.from.GetPixelFast(0, rowTap.offset[k]);
-        result.rowWeights[k] = rowTap.weight[k];
-    }
-    return result;
 }
 
 } // namespace zel

@@ -1,6 +1,7 @@
 #include "image/ResizeRows.h"
 
 #include <bit>
+#include <iterator>
 
 // Bilinear and cubic at any scale. Two float passes estimate each sum: each source row is filtered along x
 // once, and the filtered rows are then added under the weights along y. If the estimate lies farther than the
@@ -29,6 +30,26 @@ static_assert(kRoundingMargin >= 7);
 namespace
 {
 
+// What the columns of a result read of a source row, as defined.
+template <typename Taps>
+struct Columns
+{
+    // makeTap(position, length, step) makes a tap as MakeLinearTaps and MakeCubicTaps do.
+    template <typename MakeTap>
+    Columns(const ResizeJob& job, const MakeTap& makeTap)
+        : taps(Tabulate(job.to.Width(), [&](int i)
+                        { return makeTap(i * job.stepX, job.from.Width(), job.from.PixelSize()); })),
+          wideReadEnd(job.to.Width())
+    {
+        const int rowBytes = job.from.PixelSize() * job.from.Width();
+        while (wideReadEnd > 0 && std::end(taps.get()[wideReadEnd - 1].offset)[-1] + 4 > rowBytes)
+            --wideReadEnd;
+    }
+
+    std::unique_ptr<Taps[]> taps;
+    int wideReadEnd; // from this column on, loading four bytes at a tap could leave the source row
+};
+
 // The weights of a position in floats.
 void GetWeights(const LinearTaps& taps, float (&weights)[4])
 {
@@ -55,7 +76,14 @@ void FixUpPixels(const ResizeJob& job, const Columns<LinearTaps>& columns, int r
 void FixUpPixels(const ResizeJob& job, const Columns<CubicTaps>& columns, int row, const CubicTaps& rowTap,
                  const int* list, int count)
 {
-    ActiveKernels().fixUpCubicPixels(MakeCubicFixUp(job, columns, 0, row, rowTap), list, count);
+    CubicFixUp pixels = {job.to.GetPixelFast(0, row), job.to.PixelSize(),  {},          {},
+                         columns.taps.get(),          columns.wideReadEnd, job.channels};
+    for (int k = 0; k < 4; ++k)
+    {
+        pixels.rows[k] = job.from.GetPixelFast(0, rowTap.offset[k]);
+        pixels.rowWeights[k] = rowTap.weight[k];
+    }
+    ActiveKernels().fixUpCubicPixels(pixels, list, count);
 }
 
 // The number of taps that have weights other than 0. At integer positions the last of a cubic has not.
