@@ -4,10 +4,10 @@
 
 #include "ZelUtil/ZelUtil.h"
 
+#include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
 #include <optional>
-#include <semaphore>
 #include <sstream>
 
 using namespace OSDependant;
@@ -214,8 +214,13 @@ TEST_F(Failure, ChangesAllOrNothing)
     Text first = m_roomy;
     Check("false", drop, [&] { return start(first) && m_reader->getNextSectionName(m_text); });
 
-    static std::binary_semaphore s_ended(0);
-    const auto run = [] { return beginThread([](void*) { return s_ended.release(), 0UL; }, nullptr); };
+    static std::atomic<bool> s_hasRun; // a semaphore could need memory, which fails
+    const auto run = [] { return beginThread([](void*) { return s_hasRun = true, 0UL; }, nullptr); };
+    const auto waitForRun = []
+    {
+        while (!s_hasRun.exchange(false))
+            threadSleep(1);
+    };
     const auto open = [&]
     { return std::unique_ptr<IFileAccess>(openFile(m_subject, IFileAccess::BigEndian)); };
     const Text program = std::filesystem::path(testing::internal::GetArgvs()[0]).filename().string();
@@ -224,7 +229,7 @@ TEST_F(Failure, ChangesAllOrNothing)
     const auto fit = [&] { return m_approx.SetupPolynom(kPoints, 1); };
     const Step unset = [&] { m_approx.SetupPolynom({{}, {}, 4}, 1); };
     Check("false", m_nothing, [&] { return open() != nullptr; });
-    Check("false", m_nothing, [&] { return run() != 0 && (s_ended.acquire(), true); });
+    Check("false", m_nothing, [&] { return run() != 0 && (waitForRun(), true); });
     Check("false", m_nothing, [&] { return GetFileListInDirectory(folder, pattern, &m_names) == 1; });
     Check("false", m_nothing, [&] { return GetModulePath(program, m_text, 1000); });
     Check("false", m_nothing, define, 4);
