@@ -218,9 +218,9 @@ public:
     /// Side effect: sets the source's method to this image's, so one source cannot serve two threads at once.
     /// False, with both images unchanged: `source` is this image, either has fewer than 24 bits, or this
     /// image has pixels and the source has none. If this image has width or height 0, there is nothing to
-    /// fill and the result is true. Throws std::bad_alloc if the tables of the call (at most 80 bytes per
-    /// column, 8 bytes per row, and 25 KB) cannot be allocated; no pixel is written then, but the source's
-    /// method is set.
+    /// fill and the result is true. Throws std::bad_alloc if the tables of the call cannot be allocated
+    /// (at most 72 bytes per column and 48 bytes per row of this image, 4 bytes per column of `source`, and
+    /// 130 KB); no pixel is written then, but the source's method is set.
     bool Resize(CTarvexDib& source) const;
 
     /// @}

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "ZelUtil/TarvexDib.h"
+#include "kernels/Kernels.h"
 
 #include <cstddef>
+#include <iterator>
 #include <memory>
 
 /// The paths of CTarvexDib::Resize. Resize.cpp tells which is taken, and why.
@@ -57,6 +59,17 @@ void ResizeLinearFixedPoint(const ResizeJob& job, const RationalScale& x, const 
 /// becomes 255 when `opaque`.
 void ScaleRows(const CTarvexDib& to, const CTarvexDib& from, const int* columns, const int* rows,
                int channels, bool opaque);
+
+/// A row for LinearPixels or CubicPixels: `tap` is that of the row, with row numbers of `from` as offsets.
+template <typename Taps>
+DefinedRow<Taps> MakeDefinedRow(unsigned char* dst, int dstStep, int channels, const CTarvexDib& from,
+                                const Taps& tap, const Taps* columns, int wideReadEnd)
+{
+    DefinedRow<Taps> row = {dst, dstStep, channels, {}, tap, columns, wideReadEnd};
+    for (std::size_t k = 0; k < std::size(tap.offset); ++k)
+        row.src[k] = from.GetPixelFast(0, tap.offset[k]);
+    return row;
+}
 
 /// Loads bytes into the caches ahead of their use. Processors do so themselves as long as rows follow each
 /// other in memory.

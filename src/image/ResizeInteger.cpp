@@ -12,6 +12,7 @@ struct LinearFixedPoint
 {
     using Value = std::uint16_t;
     static constexpr int kRows = 2;
+    static constexpr int kStripColumns = 2048; // 32 KiB of filtered rows
 
     LinearFixedPoint(const ResizeJob& resizeJob, const RationalScale& x, const RationalScale& y)
         : job(resizeJob), rows(y), divisor(x.denominator * y.denominator),

@@ -12,10 +12,11 @@
 namespace zel
 {
 
-/// Columns are taken in strips of whole groups, so that the filtered source rows of a strip stay in the
-/// first-level cache.
-inline constexpr int kStripColumns = 512;
-static_assert(kStripColumns % kGroup == 0);
+/// `columns`, rounded up to whole groups.
+constexpr int WholeGroups(int columns)
+{
+    return (columns + kGroup - 1) / kGroup * kGroup;
+}
 
 /// The latest source rows after the horizontal pass. Rows that are used together are neighbours, so each has
 /// the slot of its number modulo `kSlots`.
@@ -60,16 +61,16 @@ public:
     template <typename IndexOf, typename WeightOf>
     ColumnTable(const ResizeJob& job, int taps, const IndexOf& indexOf, const WeightOf& weightOf)
         : m_taps(taps),
-          m_offsets(Tabulate(Padded(job.to.Width()),
+          m_offsets(Tabulate(WholeGroups(job.to.Width()),
                              [&](int i)
                              {
                                  const int first = indexOf(std::min(i, job.to.Width() - 1), 0);
                                  return std::clamp(first, 0, std::max(job.from.Width() - taps, 0));
                              })),
-          m_weights(std::make_unique<Weight[]>(static_cast<std::size_t>(Padded(job.to.Width())) *
+          m_weights(std::make_unique<Weight[]>(static_cast<std::size_t>(WholeGroups(job.to.Width())) *
                                                static_cast<std::size_t>(taps)))
     {
-        for (int i = 0; i < Padded(job.to.Width()); ++i)
+        for (int i = 0; i < WholeGroups(job.to.Width()); ++i)
             for (int k = 0; k < taps; ++k)
             {
                 const int column = std::min(i, job.to.Width() - 1);
@@ -77,11 +78,11 @@ public:
                 m_weights.get()[(std::ptrdiff_t{i} / kGroup * taps + place) * kGroup + i % kGroup] +=
                     weightOf(column, k);
             }
-        for (int i = 0; i < Padded(job.to.Width()); i += kGroup)
+        for (int i = 0; i < WholeGroups(job.to.Width()); i += kGroup)
             m_span = std::max(m_span, m_offsets.get()[i + kGroup - 1] - m_offsets.get()[i]);
         const bool isWide = job.from.Width() > std::numeric_limits<int>::max() / 4; // offsets are int
         m_step = m_span < kNearSpan && !isWide ? 4 : job.from.PixelSize();
-        for (int i = 0; i < Padded(job.to.Width()); ++i)
+        for (int i = 0; i < WholeGroups(job.to.Width()); ++i)
             m_offsets.get()[i] *= m_step;
     }
 
@@ -101,9 +102,7 @@ public:
 private:
     /// Rows are widened to 4 bytes a pixel for columns that are close, since vectors then fetch eight of them
     /// at once.
-    static constexpr int kNearSpan = 16;
-
-    static int Padded(int count) { return (count + kGroup - 1) / kGroup * kGroup; }
+    static constexpr int kNearSpan = 8;
 
     int m_taps;
     std::unique_ptr<int[]> m_offsets;
@@ -145,30 +144,34 @@ private:
 };
 
 /// Fills the target in two passes, along x and along y, strip by strip. `Method` has the type Value of the
-/// sums along x, the most rows of them that it needs at a time, kRows, and
+/// sums along x, the most rows of them that it needs at a time, kRows, how many columns a strip has,
+/// kStripColumns, and
 /// - columns, a ColumnTable,
 /// - FilterRow(out, src, begin, groups), the pass along x, and
 /// - FillRow(dst, row, begin, count, filteredRow), the pass along y.
 template <typename Method>
 void ResizeInTwoPasses(const ResizeJob& job, const Method& method)
 {
+    constexpr int kStripColumns = Method::kStripColumns;
+    static_assert(kStripColumns % kGroup == 0);
     const int width = job.to.Width();
     const SourceRows source(job.from, method.columns.Step());
-    RollingBuffer<typename Method::Value, Method::kRows> filtered(4 * kStripColumns);
+    RollingBuffer<typename Method::Value, Method::kRows> filtered(
+        4 * static_cast<std::size_t>(std::min(kStripColumns, WholeGroups(width))));
     for (int begin = 0; begin < width; begin += kStripColumns)
     {
-        const int count = std::min(width - begin, kStripColumns), groups = (count + kGroup - 1) / kGroup;
+        const int count = std::min(width - begin, kStripColumns), groups = WholeGroups(count) / kGroup;
         const int first = method.columns.FirstPixel(begin);
         const int end = std::min(method.columns.EndPixel(begin + count - 1), job.from.Width());
-        const int pace = static_cast<int>(job.stepY); // at which rows of the source follow each other
+        const int ahead = 2 * std::max(1, static_cast<int>(job.stepY)); // two rows of the result
         filtered.Clear();
         const auto filteredRow = [&](int row)
         {
             return filtered.Row(row,
                                 [&](typename Method::Value* out)
                                 {
-                                    if (pace > 1 && row >= pace)
-                                        Prefetch(job.from.GetPixelFast(first, row - pace),
+                                    if (row >= ahead)
+                                        Prefetch(job.from.GetPixelFast(first, row - ahead),
                                                  (end - first) * job.from.PixelSize());
                                     method.FilterRow(out, source.Row(row, first, end), begin, groups);
                                 });

@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <iterator>
+#include <type_traits>
 
 // Bilinear and cubic at any scale. Two float passes estimate each sum: each source row is filtered along x
 // once, and the filtered rows are then added under the weights along y. If the estimate lies farther than the
@@ -63,29 +64,6 @@ void GetWeights(const CubicTaps& taps, float (&weights)[4])
         weights[k] = static_cast<float>(taps.weight[k]);
 }
 
-// Computes a pixel in doubles, as defined.
-void FixUpPixels(const ResizeJob& job, const Columns<LinearTaps>& columns, int row, const LinearTaps& rowTap,
-                 const int* list, int count)
-{
-    for (int i = 0; i < count; ++i)
-        LinearRow(job.to.GetPixelFast(list[i], row), job.to.PixelSize(),
-                  job.from.GetPixelFast(0, rowTap.offset[0]), job.from.GetPixelFast(0, rowTap.offset[1]),
-                  rowTap.fraction, columns.taps.get() + list[i], 1, job.channels);
-}
-
-void FixUpPixels(const ResizeJob& job, const Columns<CubicTaps>& columns, int row, const CubicTaps& rowTap,
-                 const int* list, int count)
-{
-    CubicFixUp pixels = {job.to.GetPixelFast(0, row), job.to.PixelSize(),  {},          {},
-                         columns.taps.get(),          columns.wideReadEnd, job.channels};
-    for (int k = 0; k < 4; ++k)
-    {
-        pixels.rows[k] = job.from.GetPixelFast(0, rowTap.offset[k]);
-        pixels.rowWeights[k] = rowTap.weight[k];
-    }
-    ActiveKernels().fixUpCubicPixels(pixels, list, count);
-}
-
 // The number of taps that have weights other than 0. At integer positions the last of a cubic has not.
 int UsedTaps(const LinearTaps*, int)
 {
@@ -101,7 +79,10 @@ template <typename Taps, Taps (*kMakeTaps)(double, int, int)>
 struct Separable
 {
     using Value = float;
-    static constexpr int kRows = 4;
+    static constexpr int kRows = std::extent_v<decltype(Taps::offset)>;
+    // Two filtered rows of a strip fit the first-level cache. Four do not, unless the strips are so narrow
+    // that the processor's own prefetching never starts; so they are in the second-level cache.
+    static constexpr int kStripColumns = kRows == 2 ? 512 : 2048;
 
     explicit Separable(const ResizeJob& resizeJob)
         : job(resizeJob), definition(job, kMakeTaps), taps(UsedTaps(definition.taps.get(), job.to.Width())),
@@ -141,8 +122,13 @@ struct Separable
         int list[kStripColumns], found = 0;
         for (int i = 0; i < listed; ++i)
             for (std::uint32_t marks = ambiguous[i] & 255; marks != 0; marks &= marks - 1)
-                list[found++] = begin + static_cast<int>(ambiguous[i] >> 8) + std::countr_zero(marks);
-        FixUpPixels(job, definition, row, rowTap, list, found);
+                list[found++] = static_cast<int>(ambiguous[i] >> 8) + std::countr_zero(marks);
+        const auto defined = MakeDefinedRow(dst, job.to.PixelSize(), job.channels, job.from, rowTap,
+                                            definition.taps.get() + begin, definition.wideReadEnd - begin);
+        if constexpr (std::is_same_v<Taps, LinearTaps>)
+            kernels.linearPixels(defined, list, found);
+        else
+            kernels.cubicPixels(defined, list, found);
     }
 
     const ResizeJob& job;

@@ -1,10 +1,16 @@
 #include "ZelUtil/TarvexDib.h"
 
 #include "image/Resize.h"
-#include "kernels/Kernels.h"
 
 #include <algorithm>
 #include <cstring>
+
+namespace
+{
+
+constexpr int kOnlyColumn = 0;
+
+} // namespace
 
 void CTarvexDib::SetupInterpolMethod(CTarvexDib::InterpolMethod method)
 {
@@ -102,16 +108,15 @@ void CTarvexDib::ResizeBySampler(const CTarvexDib& source, double stepX, double 
 void CTarvexDib::SampleLinear(double x, double y, unsigned char* out, int channels) const
 {
     const zel::LinearTaps column = zel::MakeLinearTaps(x, m_width, m_pixelSize);
-    const zel::LinearTaps row = zel::MakeLinearTaps(y, m_height, 1);
-    zel::LinearRow(out, channels, GetPixelFast(0, row.offset[0]), GetPixelFast(0, row.offset[1]),
-                   row.fraction, &column, 1, channels);
+    zel::LinearPixels(
+        zel::MakeDefinedRow(out, channels, channels, *this, zel::MakeLinearTaps(y, m_height, 1), &column, 0),
+        &kOnlyColumn, 1);
 }
 
 void CTarvexDib::SampleCubic(double x, double y, unsigned char* out, int channels) const
 {
     const zel::CubicTaps column = zel::MakeCubicTaps(x, m_width, m_pixelSize);
-    const zel::CubicTaps row = zel::MakeCubicTaps(y, m_height, 1);
-    const unsigned char* const rows[4] = {GetPixelFast(0, row.offset[0]), GetPixelFast(0, row.offset[1]),
-                                          GetPixelFast(0, row.offset[2]), GetPixelFast(0, row.offset[3])};
-    zel::CubicRow(out, channels, rows, row.weight, &column, 1, channels);
+    zel::CubicPixels(
+        zel::MakeDefinedRow(out, channels, channels, *this, zel::MakeCubicTaps(y, m_height, 1), &column, 0),
+        &kOnlyColumn, 1);
 }

@@ -281,9 +281,13 @@ inline Vector BitsOf(Floats a)
 template <int kChannel>
 Floats ChannelAsFloats(Vector pixels)
 {
-    __m256i values = kChannel == 0 ? pixels.v : _mm256_srli_epi32(pixels.v, 8 * kChannel);
-    if (kChannel < 3)
-        values = _mm256_and_si256(values, _mm256_set1_epi32(255));
+    const __m256i values =
+        kChannel == 0   ? _mm256_and_si256(pixels.v, _mm256_set1_epi32(255))
+        : kChannel == 3 ? _mm256_srli_epi32(pixels.v, 24)
+                        : _mm256_shuffle_epi8(pixels.v, _mm256_set_epi32(-244 + kChannel, -248 + kChannel,
+                                                                         -252 + kChannel, -256 + kChannel,
+                                                                         -244 + kChannel, -248 + kChannel,
+                                                                         -252 + kChannel, -256 + kChannel));
     return {_mm256_cvtepi32_ps(values)};
 }
 
@@ -292,12 +296,62 @@ inline __m256i LoadIntegers(const void* from)
     return _mm256_loadu_si256(static_cast<const __m256i*>(from));
 }
 
+/// Fetches the pixels of eight columns from a row of kStep bytes per pixel, wherever they are: from every
+/// column's offset on, as many bytes as hold all its taps.
+template <int kStep>
+struct FarFetch
+{
+    void operator()(Vector (&pixels)[2], const unsigned char* src, const int* offsets) const
+    {
+        const auto two = [=](int i, int j)
+        {
+            long long left, right;
+            std::memcpy(&left, src + offsets[i], sizeof left);
+            std::memcpy(&right, src + offsets[j], sizeof right);
+            return _mm_set_epi64x(right, left);
+        };
+        const __m256i a = _mm256_set_m128i(two(4, 5), two(0, 1));
+        const __m256i b = _mm256_set_m128i(two(6, 7), two(2, 3));
+        const auto evenPixels = [](__m256i c, __m256i d) {
+            return _mm256_castps_si256(
+                _mm256_shuffle_ps(_mm256_castsi256_ps(c), _mm256_castsi256_ps(d), 0x88));
+        };
+        pixels[0].v = evenPixels(a, b);
+        pixels[1].v = evenPixels(_mm256_srli_epi64(a, 8 * kStep), _mm256_srli_epi64(b, 8 * kStep));
+    }
+
+    template <int kTaps>
+    void operator()(Vector (&pixels)[kTaps], const unsigned char* src, const int* offsets) const
+    {
+        const auto two = [=](int i, int j)
+        {
+            const __m256i taps =
+                _mm256_set_m128i(_mm_loadu_si128(reinterpret_cast<const __m128i*>(src + offsets[j])),
+                                 _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + offsets[i])));
+            const __m128i spread = _mm_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1);
+            return kStep == 4 ? taps : _mm256_shuffle_epi8(taps, _mm256_broadcastsi128_si256(spread));
+        };
+        const __m256i a = two(0, 4), b = two(1, 5), c = two(2, 6), d = two(3, 7);
+        const __m256i ab = _mm256_unpacklo_epi32(a, b), cd = _mm256_unpacklo_epi32(c, d);
+        pixels[0].v = _mm256_unpacklo_epi64(ab, cd);
+        pixels[1].v = _mm256_unpackhi_epi64(ab, cd);
+        const __m256i abAfter = _mm256_unpackhi_epi32(a, b), cdAfter = _mm256_unpackhi_epi32(c, d);
+        pixels[2].v = _mm256_unpacklo_epi64(abAfter, cdAfter);
+        if constexpr (kTaps == 4)
+            pixels[3].v = _mm256_unpackhi_epi64(abAfter, cdAfter);
+    }
+};
+
 /// Calls use(fetch) with the fastest fetch for the columns. fetch(pixels, src, offsets) loads, for eight
 /// columns, the pixels at their offsets into pixels[0], the neighbours of these into pixels[1], and so on.
 template <typename Taps, typename Use>
 void WithFetch(const Taps& columns, const Use& use)
 {
-    if (columns.step == 4 && columns.span < 8 * 4)
+    if (columns.step == 3)
+        use(FarFetch<3>());
+    else if (columns.span >= 8 * 4)
+        use(FarFetch<4>());
+    else
         use(
             [](auto& pixels, const unsigned char* src, const int* offsets)
             {
@@ -305,47 +359,6 @@ void WithFetch(const Taps& columns, const Use& use)
                     _mm256_sub_epi32(LoadIntegers(offsets), _mm256_set1_epi32(*offsets)), 2);
                 for (int k = 0; k < static_cast<int>(std::size(pixels)); ++k)
                     pixels[k].v = _mm256_permutevar8x32_epi32(LoadIntegers(src + *offsets + 4 * k), index);
-            });
-    else if (columns.step == 4 && columns.span < 16 * 4)
-        use(
-            [](auto& pixels, const unsigned char* src, const int* offsets)
-            {
-                const __m256i index = _mm256_srli_epi32(
-                    _mm256_sub_epi32(LoadIntegers(offsets), _mm256_set1_epi32(*offsets)), 2);
-                const __m256i isFar = _mm256_cmpgt_epi32(index, _mm256_set1_epi32(7));
-                for (int k = 0; k < static_cast<int>(std::size(pixels)); ++k)
-                {
-                    const unsigned char* const first = src + *offsets + 4 * k;
-                    pixels[k].v = _mm256_blendv_epi8(
-                        _mm256_permutevar8x32_epi32(LoadIntegers(first), index),
-                        _mm256_permutevar8x32_epi32(LoadIntegers(first + 32), index), isFar);
-                }
-            });
-    else
-        use(
-            [step = columns.step](auto& pixels, const unsigned char* src, const int* offsets)
-            {
-                const __m128i neighbour = _mm_cvtsi32_si128(8 * step);
-                for (int k = 0; k < static_cast<int>(std::size(pixels)); k += 2)
-                {
-                    const auto two = [=](int i, int j)
-                    {
-                        long long left, right;
-                        std::memcpy(&left, src + k * step + offsets[i], sizeof left);
-                        std::memcpy(&right, src + k * step + offsets[j], sizeof right);
-                        return _mm_set_epi64x(right, left);
-                    };
-                    const __m256i a = _mm256_set_m128i(two(4, 5), two(0, 1));
-                    const __m256i b = _mm256_set_m128i(two(6, 7), two(2, 3));
-                    const auto evenPixels = [](__m256i c, __m256i d) {
-                        return _mm256_castps_si256(
-                            _mm256_shuffle_ps(_mm256_castsi256_ps(c), _mm256_castsi256_ps(d), 0x88));
-                    };
-                    pixels[k].v = evenPixels(a, b);
-                    if (k + 1 < static_cast<int>(std::size(pixels)))
-                        pixels[k + 1].v =
-                            evenPixels(_mm256_srl_epi64(a, neighbour), _mm256_srl_epi64(b, neighbour));
-                }
             });
 }
 
@@ -368,13 +381,23 @@ struct Doubles
     __m256d v;
 };
 
+inline Doubles SetDoubles(double value)
+{
+    return {_mm256_set1_pd(value)};
+}
+
+inline Doubles Mul(Doubles a, Doubles b)
+{
+    return {_mm256_mul_pd(a.v, b.v)};
+}
+
 /// sum += weight * the four bytes of a pixel. Multiplication and addition round one after the other.
-inline void AddProduct(Doubles& sum, const unsigned char* bytes, double weight)
+inline void AddProduct(Doubles& sum, const unsigned char* bytes, Doubles weight)
 {
     int four;
     std::memcpy(&four, bytes, sizeof four);
     const __m256d pixel = _mm256_cvtepi32_pd(_mm_cvtepu8_epi32(_mm_cvtsi32_si128(four)));
-    sum.v = _mm256_add_pd(sum.v, _mm256_mul_pd(pixel, _mm256_set1_pd(weight)));
+    sum.v = _mm256_add_pd(sum.v, _mm256_mul_pd(pixel, weight.v));
 }
 
 inline void StoreRounded(unsigned char* bytes, const Doubles& sum, int channels)
@@ -382,7 +405,10 @@ inline void StoreRounded(unsigned char* bytes, const Doubles& sum, int channels)
     const __m128i whole = _mm256_cvttpd_epi32(_mm256_add_pd(sum.v, _mm256_set1_pd(0.5)));
     const __m128i words = _mm_packs_epi32(whole, whole);
     const int four = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
-    std::memcpy(bytes, &four, channels == 3 ? 3 : 4);
+    if (channels == 3)
+        std::memcpy(bytes, &four, 3);
+    else
+        std::memcpy(bytes, &four, 4);
 }
 
 } // namespace

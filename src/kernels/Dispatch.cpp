@@ -7,7 +7,8 @@ namespace zel
 
 constinit const KernelTable kScalarKernels = {.horizontalRow = HorizontalRow,
                                               .verticalRow = VerticalRow,
-                                              .fixUpCubicPixels = FixUpCubicPixels,
+                                              .linearPixels = LinearPixels,
+                                              .cubicPixels = CubicPixels,
                                               .horizontalFixedRow = HorizontalFixedRow,
                                               .verticalFixedRow = VerticalFixedRow,
                                               .scaleColumnsRow = ScaleColumnsRow,

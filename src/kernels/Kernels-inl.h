@@ -46,25 +46,35 @@ struct VectorRows
         return kRows[taps - 2][channels - 3](dst, dstStep, rows, weights, count, ambiguous);
     }
 
-    static void FixUpCubic(const CubicFixUp& row, const int* list, int count)
+    static void Linear(const DefinedRow<LinearTaps>& row, const int* list, int count)
     {
-        const int rowCount = row.rowWeights[3] == 0.0 ? 3 : 4; // adding 0 changes no sum
-        for (int i = 0; i < count; ++i)
-        {
-            const int column = list[i];
-            if (column >= row.wideReadEnd)
-            {
-                FixUpCubicPixels(row, &column, 1);
-                continue;
-            }
-            const CubicTaps& tap = row.columns[column];
-            const int tapCount = tap.weight[3] == 0.0 ? 3 : 4;
-            Doubles sum = {};
-            for (int j = 0; j < rowCount; ++j)
-                for (int k = 0; k < tapCount; ++k)
-                    AddProduct(sum, row.rows[j] + tap.offset[k], row.rowWeights[j] * tap.weight[k]);
-            StoreRounded(row.dst + std::ptrdiff_t{row.dstStep} * column, sum, row.channels);
-        }
+        const double fy = row.tap.fraction;
+        Define(row, list, count, LinearPixels,
+               [=, upper = row.src[0], lower = row.src[1]](Doubles& sum, const LinearTaps& tap)
+               {
+                   const double fx = tap.fraction, w11 = fx * fy;
+                   AddProduct(sum, upper + tap.offset[0], SetDoubles(1.0 - fx - fy + w11));
+                   AddProduct(sum, lower + tap.offset[1], SetDoubles(w11));
+                   AddProduct(sum, lower + tap.offset[0], SetDoubles(fy - w11));
+                   AddProduct(sum, upper + tap.offset[1], SetDoubles(fx - w11));
+               });
+    }
+
+    static void Cubic(const DefinedRow<CubicTaps>& row, const int* list, int count)
+    {
+        const int rowCount = row.tap.weight[3] == 0.0 ? 3 : 4; // adding 0 changes no sum
+        Doubles rowWeights[4];
+        for (int j = 0; j < rowCount; ++j)
+            rowWeights[j] = SetDoubles(row.tap.weight[j]);
+        Define(row, list, count, CubicPixels,
+               [&, src = row.src](Doubles& sum, const CubicTaps& tap)
+               {
+                   const int tapCount = tap.weight[3] == 0.0 ? 3 : 4;
+                   for (int j = 0; j < rowCount; ++j)
+                       for (int k = 0; k < tapCount; ++k)
+                           AddProduct(sum, src[j] + tap.offset[k],
+                                      Mul(rowWeights[j], SetDoubles(tap.weight[k])));
+               });
     }
 
     static void HorizontalFixed(std::uint16_t* out, const unsigned char* src,
@@ -246,6 +256,26 @@ struct VectorRows
     }
 
 private:
+    // Writes the listed pixels of a row. addProducts(sum, tap) adds up what the definition does, as vectors
+    // of the four bytes at each tap. Pixels at the end of the row go to `scalar`.
+    template <typename Taps, typename AddProducts>
+    static void Define(const DefinedRow<Taps>& row, const int* list, int count,
+                       void (*scalar)(const DefinedRow<Taps>&, const int*, int),
+                       const AddProducts& addProducts)
+    {
+        for (int i = 0; i < count; ++i)
+        {
+            if (list[i] >= row.wideReadEnd)
+            {
+                scalar(row, list + i, 1);
+                continue;
+            }
+            Doubles sum = {};
+            addProducts(sum, row.columns[list[i]]);
+            StoreRounded(row.dst + std::ptrdiff_t{row.dstStep} * list[i], sum, row.channels);
+        }
+    }
+
     // Loading a vector of 3-byte pixels touches bytes of this many more pixels.
     static constexpr int kOverrun = 2;
 
@@ -363,7 +393,8 @@ constexpr KernelTable VectorTable(decltype(&ShadeRow) shadeRow, std::int64_t sha
     using Rows = VectorRows<Vector>;
     return {.horizontalRow = Rows::Horizontal,
             .verticalRow = Rows::Vertical,
-            .fixUpCubicPixels = Rows::FixUpCubic,
+            .linearPixels = Rows::Linear,
+            .cubicPixels = Rows::Cubic,
             .horizontalFixedRow = Rows::HorizontalFixed,
             .verticalFixedRow = Rows::VerticalFixed,
             .scaleColumnsRow = Rows::ScaleColumns,

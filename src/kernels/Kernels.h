@@ -46,30 +46,25 @@ CubicTaps MakeCubicTaps(double position, int length, int step);
 void ScaleColumnsRow(unsigned char* dst, int dstStep, const unsigned char* src, const int* offsets, int count,
                      int channels);
 
-/// The bilinear row, in doubles as defined, between two source rows, `fraction` of the way from `upper` to
-/// `lower`.
-void LinearRow(unsigned char* dst, int dstStep, const unsigned char* upper, const unsigned char* lower,
-               double fraction, const LinearTaps* columns, int count, int channels);
-
-/// The cubic row, in doubles as defined: the sum over four source rows of four pixels each, weighted with the
-/// products of the weights.
-void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
-              const double (&rowWeights)[4], const CubicTaps* columns, int count, int channels);
-
-/// Some pixels of a cubic row.
-struct CubicFixUp
+/// A row of a result as defined, of which some pixels are to be computed in doubles.
+template <typename Taps>
+struct DefinedRow
 {
     unsigned char* dst; ///< of column 0
     int dstStep;
-    const unsigned char* rows[4];
-    double rowWeights[4];
-    const CubicTaps* columns;
-    int wideReadEnd; ///< from this column on, loading four bytes at a tap could leave the source row
     int channels;
+    const unsigned char* src[4]; ///< the source rows of `tap`
+    Taps tap;                    ///< of the row, whose offsets are not used
+    const Taps* columns;
+    int wideReadEnd; ///< from this column on, loading four bytes at a tap could leave the source row
 };
 
-/// CubicRow for the columns that `list` names.
-void FixUpCubicPixels(const CubicFixUp& row, const int* list, int count);
+/// Writes the bilinear pixels of the columns that `list` names.
+void LinearPixels(const DefinedRow<LinearTaps>& row, const int* list, int count);
+
+/// The same for cubic pixels, sums over four rows of four pixels each, weighted with the products of the
+/// weights.
+void CubicPixels(const DefinedRow<CubicTaps>& row, const int* list, int count);
 
 /// The passes along x take columns in groups of this many. Their tables and the rows of sums are padded to
 /// whole groups.
@@ -264,7 +259,8 @@ struct KernelTable
 {
     decltype(&HorizontalRow) horizontalRow;
     decltype(&VerticalRow) verticalRow;
-    decltype(&FixUpCubicPixels) fixUpCubicPixels;
+    decltype(&LinearPixels) linearPixels;
+    decltype(&CubicPixels) cubicPixels;
     decltype(&HorizontalFixedRow) horizontalFixedRow;
     decltype(&VerticalFixedRow) verticalFixedRow;
     decltype(&ScaleColumnsRow) scaleColumnsRow;

@@ -35,44 +35,6 @@ void ScaleColumns(unsigned char* dst, int dstStep, const unsigned char* src, con
         std::memcpy(dst, src + offsets[i], kBytes);
 }
 
-template <int kChannels>
-void LinearPixels(unsigned char* dst, int dstStep, const unsigned char* upper, const unsigned char* lower,
-                  double fy, const LinearTaps* columns, int count)
-{
-    for (int i = 0; i < count; ++i, dst += dstStep)
-    {
-        const auto& [offset, fx] = columns[i];
-        const double w11 = fx * fy;
-        const double w00 = 1.0 - fx - fy + w11;
-        const double w10 = fx - w11;
-        const double w01 = fy - w11;
-        for (int c = 0; c < kChannels; ++c)
-            dst[c] =
-                static_cast<unsigned char>(upper[offset[0] + c] * w00 + lower[offset[1] + c] * w11 +
-                                           lower[offset[0] + c] * w01 + upper[offset[1] + c] * w10 + 0.5);
-    }
-}
-
-template <int kChannels>
-void CubicPixels(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
-                 const double (&rowWeights)[4], const CubicTaps* columns, int count)
-{
-    for (int i = 0; i < count; ++i, dst += dstStep)
-    {
-        const CubicTaps& tap = columns[i];
-        double sum[4] = {};
-        for (int j = 0; j < 4; ++j)
-            for (int k = 0; k < 4; ++k)
-            {
-                const double weight = rowWeights[j] * tap.weight[k];
-                for (int c = 0; c < kChannels; ++c)
-                    sum[c] += rows[j][tap.offset[k] + c] * weight;
-            }
-        for (int c = 0; c < kChannels; ++c)
-            dst[c] = static_cast<unsigned char>(sum[c] + 0.5);
-    }
-}
-
 } // namespace
 
 int NearestOffset(double position, int length, int step)
@@ -115,23 +77,40 @@ void ScaleColumnsRow(unsigned char* dst, int dstStep, const unsigned char* src, 
     ScaleColumns<3>(dst + 3 * whole, dstStep, src, offsets + whole, count - whole);
 }
 
-void LinearRow(unsigned char* dst, int dstStep, const unsigned char* upper, const unsigned char* lower,
-               double fraction, const LinearTaps* columns, int count, int channels)
+void LinearPixels(const DefinedRow<LinearTaps>& row, const int* list, int count)
 {
-    (channels == 3 ? LinearPixels<3> : LinearPixels<4>)(dst, dstStep, upper, lower, fraction, columns, count);
+    const unsigned char *const upper = row.src[0], *const lower = row.src[1];
+    const double fy = row.tap.fraction;
+    for (int i = 0; i < count; ++i)
+    {
+        const auto& [offset, fx] = row.columns[list[i]];
+        const double w11 = fx * fy;
+        const double w00 = 1.0 - fx - fy + w11;
+        const double w10 = fx - w11;
+        const double w01 = fy - w11;
+        unsigned char* const dst = row.dst + std::ptrdiff_t{row.dstStep} * list[i];
+        for (int c = 0; c < row.channels; ++c)
+            dst[c] =
+                static_cast<unsigned char>(upper[offset[0] + c] * w00 + lower[offset[1] + c] * w11 +
+                                           lower[offset[0] + c] * w01 + upper[offset[1] + c] * w10 + 0.5);
+    }
 }
 
-void CubicRow(unsigned char* dst, int dstStep, const unsigned char* const (&rows)[4],
-              const double (&rowWeights)[4], const CubicTaps* columns, int count, int channels)
-{
-    (channels == 3 ? CubicPixels<3> : CubicPixels<4>)(dst, dstStep, rows, rowWeights, columns, count);
-}
-
-void FixUpCubicPixels(const CubicFixUp& row, const int* list, int count)
+void CubicPixels(const DefinedRow<CubicTaps>& row, const int* list, int count)
 {
     for (int i = 0; i < count; ++i)
-        CubicRow(row.dst + std::ptrdiff_t{row.dstStep} * list[i], row.dstStep, row.rows, row.rowWeights,
-                 row.columns + list[i], 1, row.channels);
+    {
+        const CubicTaps& tap = row.columns[list[i]];
+        unsigned char* const dst = row.dst + std::ptrdiff_t{row.dstStep} * list[i];
+        for (int c = 0; c < row.channels; ++c)
+        {
+            double sum = 0.0;
+            for (int j = 0; j < 4; ++j)
+                for (int k = 0; k < 4; ++k)
+                    sum += row.src[j][tap.offset[k] + c] * (row.tap.weight[j] * tap.weight[k]);
+            dst[c] = static_cast<unsigned char>(sum + 0.5);
+        }
+    }
 }
 
 void HorizontalRow(float* out, const unsigned char* src, const ColumnTaps<float>& columns, int taps,

@@ -305,17 +305,26 @@ struct Doubles
     __m128d high;
 };
 
+inline Doubles SetDoubles(double value)
+{
+    return {_mm_set1_pd(value), _mm_set1_pd(value)};
+}
+
+inline Doubles Mul(Doubles a, Doubles b)
+{
+    return {_mm_mul_pd(a.low, b.low), _mm_mul_pd(a.high, b.high)};
+}
+
 /// sum += weight * the four bytes of a pixel. Multiplication and addition round one after the other.
-inline void AddProduct(Doubles& sum, const unsigned char* bytes, double weight)
+inline void AddProduct(Doubles& sum, const unsigned char* bytes, Doubles weight)
 {
     int four;
     std::memcpy(&four, bytes, sizeof four);
     const __m128i zero = _mm_setzero_si128();
     const __m128i words = _mm_unpacklo_epi8(_mm_cvtsi32_si128(four), zero);
     const __m128i pixel = _mm_unpacklo_epi16(words, zero);
-    const __m128d both = _mm_set1_pd(weight);
-    sum.low = _mm_add_pd(sum.low, _mm_mul_pd(_mm_cvtepi32_pd(pixel), both));
-    sum.high = _mm_add_pd(sum.high, _mm_mul_pd(_mm_cvtepi32_pd(_mm_srli_si128(pixel, 8)), both));
+    sum.low = _mm_add_pd(sum.low, _mm_mul_pd(_mm_cvtepi32_pd(pixel), weight.low));
+    sum.high = _mm_add_pd(sum.high, _mm_mul_pd(_mm_cvtepi32_pd(_mm_srli_si128(pixel, 8)), weight.high));
 }
 
 inline void StoreRounded(unsigned char* bytes, const Doubles& sum, int channels)
@@ -325,7 +334,10 @@ inline void StoreRounded(unsigned char* bytes, const Doubles& sum, int channels)
                                              _mm_cvttpd_epi32(_mm_add_pd(sum.high, half)));
     const __m128i words = _mm_packs_epi32(whole, whole);
     const int four = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
-    std::memcpy(bytes, &four, channels == 3 ? 3 : 4);
+    if (channels == 3)
+        std::memcpy(bytes, &four, 3);
+    else
+        std::memcpy(bytes, &four, 4);
 }
 
 } // namespace
