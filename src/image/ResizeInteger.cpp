@@ -43,6 +43,7 @@ struct LinearFixedPoint
     }
 
     const ResizeJob& job;
+    const int valuesPerColumn = 4;
     RationalScale rows;
     InvariantDivisor divisor;
     ColumnTable<std::uint32_t> columns;

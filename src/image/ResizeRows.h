@@ -32,14 +32,14 @@ public:
 
     void Clear() { std::fill_n(m_rows, kSlots, -1); }
 
-    /// The row of this number, made by makeRow(Value*) where it is not there yet.
+    /// The row of this number, made by makeRow(Value*, number) where it is not there yet.
     template <typename MakeRow>
     const Value* Row(int number, const MakeRow& makeRow)
     {
         const int slot = number % kSlots;
         Value* const row = m_values.get() + static_cast<std::size_t>(slot) * m_rowLength;
         if (m_rows[slot] != number)
-            makeRow(row);
+            makeRow(row, number);
         m_rows[slot] = number;
         return row;
     }
@@ -147,6 +147,7 @@ private:
 /// sums along x, the most rows of them that it needs at a time, kRows, how many columns a strip has,
 /// kStripColumns, and
 /// - columns, a ColumnTable,
+/// - valuesPerColumn, how many sums along x a column has,
 /// - FilterRow(out, src, begin, groups), the pass along x, and
 /// - FillRow(dst, row, begin, count, filteredRow), the pass along y.
 template <typename Method>
@@ -158,26 +159,37 @@ void ResizeInTwoPasses(const ResizeJob& job, const Method& method)
     const SourceRows source(job.from, method.columns.Step());
     RollingBuffer<typename Method::Value, Method::kRows> filtered(
         4 * static_cast<std::size_t>(std::min(kStripColumns, WholeGroups(width))));
+
+    // The next row of the result reads about `pace` rows further. While columns that read 2 KB of a source
+    // row are filtered, as much is loaded of the row that is to be filtered for the next row but one. Columns
+    // that are farther apart than lines of the cache would not use most of that.
+    constexpr double kBlockBytes = 2048.0, kLineBytes = 64.0;
+    const double columnBytes = job.stepX * job.from.PixelSize();
+    const int pace = std::max(1, static_cast<int>(job.stepY));
+    const double blockColumns = std::clamp(kBlockBytes / columnBytes, 1.0, double{kStripColumns});
+    const int block = WholeGroups(static_cast<int>(blockColumns));
+
     for (int begin = 0; begin < width; begin += kStripColumns)
     {
-        const int count = std::min(width - begin, kStripColumns), groups = WholeGroups(count) / kGroup;
-        const int first = method.columns.FirstPixel(begin);
-        const int end = std::min(method.columns.EndPixel(begin + count - 1), job.from.Width());
-        const int ahead = 2 * std::max(1, static_cast<int>(job.stepY)); // two rows of the result
-        filtered.Clear();
-        const auto filteredRow = [&](int row)
+        const int count = std::min(width - begin, kStripColumns), stripEnd = begin + WholeGroups(count);
+        const int firstPixel = method.columns.FirstPixel(begin);
+        const int endPixel = std::min(method.columns.EndPixel(begin + count - 1), job.from.Width());
+        const auto filter = [&](typename Method::Value* out, int row)
         {
-            return filtered.Row(row,
-                                [&](typename Method::Value* out)
-                                {
-                                    if (row >= ahead)
-                                        Prefetch(job.from.GetPixelFast(first, row - ahead),
-                                                 (end - first) * job.from.PixelSize());
-                                    method.FilterRow(out, source.Row(row, first, end), begin, groups);
-                                });
+            const unsigned char* const src = source.Row(row, firstPixel, endPixel);
+            for (int i = begin; i < stripEnd; i += block)
+            {
+                const int columns = std::min(stripEnd - i, block), from = method.columns.FirstPixel(i);
+                if (row - pace >= pace && columnBytes <= kLineBytes)
+                    Prefetch(job.from.GetPixelFast(from, row - 2 * pace),
+                             (method.columns.FirstPixel(i + columns - 1) - from) * job.from.PixelSize());
+                method.FilterRow(out + (i - begin) * method.valuesPerColumn, src, i, columns / kGroup);
+            }
         };
+        filtered.Clear();
         for (int row = job.to.Height() - 1; row >= 0; --row) // the order of memory
-            method.FillRow(job.to.GetPixelFast(begin, row), row, begin, count, filteredRow);
+            method.FillRow(job.to.GetPixelFast(begin, row), row, begin, count,
+                           [&](int number) { return filtered.Row(number, filter); });
     }
 }
 

@@ -132,6 +132,7 @@ struct Separable
     }
 
     const ResizeJob& job;
+    const int valuesPerColumn = job.channels;
     Columns<Taps> definition;
     int taps;
     ColumnTable<float> columns;
