@@ -81,7 +81,7 @@ public:
         for (int i = 0; i < WholeGroups(job.to.Width()); i += kGroup)
             m_span = std::max(m_span, m_offsets.get()[i + kGroup - 1] - m_offsets.get()[i]);
         const bool isWide = job.from.Width() > std::numeric_limits<int>::max() / 4; // offsets are int
-        m_step = m_span < kNearSpan && !isWide ? 4 : job.from.PixelSize();
+        m_step = m_span < ActiveKernels().nearSpan && !isWide ? 4 : job.from.PixelSize();
         for (int i = 0; i < WholeGroups(job.to.Width()); ++i)
             m_offsets.get()[i] *= m_step;
     }
@@ -100,10 +100,6 @@ public:
     }
 
 private:
-    /// Rows are widened to 4 bytes a pixel for columns that are close, since vectors then fetch eight of them
-    /// at once.
-    static constexpr int kNearSpan = 8;
-
     int m_taps;
     std::unique_ptr<int[]> m_offsets;
     std::unique_ptr<Weight[]> m_weights;

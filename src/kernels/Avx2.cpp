@@ -342,6 +342,8 @@ struct FarFetch
     }
 };
 
+constexpr int kNearSpan = 8; // the pixels of a vector
+
 /// Calls use(fetch) with the fastest fetch for the columns. fetch(pixels, src, offsets) loads, for eight
 /// columns, the pixels at their offsets into pixels[0], the neighbours of these into pixels[1], and so on.
 template <typename Taps, typename Use>
@@ -349,7 +351,7 @@ void WithFetch(const Taps& columns, const Use& use)
 {
     if (columns.step == 3)
         use(FarFetch<3>());
-    else if (columns.span >= 8 * 4)
+    else if (columns.span >= kNearSpan * 4)
         use(FarFetch<4>());
     else
         use(

@@ -5,7 +5,8 @@
 namespace zel
 {
 
-constinit const KernelTable kScalarKernels = {.horizontalRow = HorizontalRow,
+constinit const KernelTable kScalarKernels = {.nearSpan = 0,
+                                              .horizontalRow = HorizontalRow,
                                               .verticalRow = VerticalRow,
                                               .linearPixels = LinearPixels,
                                               .cubicPixels = CubicPixels,

@@ -391,7 +391,8 @@ template <typename Vector>
 constexpr KernelTable VectorTable(decltype(&ShadeRow) shadeRow, std::int64_t shadeTablePixels)
 {
     using Rows = VectorRows<Vector>;
-    return {.horizontalRow = Rows::Horizontal,
+    return {.nearSpan = kNearSpan,
+            .horizontalRow = Rows::Horizontal,
             .verticalRow = Rows::Vertical,
             .linearPixels = Rows::Linear,
             .cubicPixels = Rows::Cubic,

@@ -257,6 +257,10 @@ void Bgr24ToBgra32Row(unsigned char* dst, const unsigned char* src, int count);
 /// The rows that gain by vectors, for one instruction set.
 struct KernelTable
 {
+    /// Groups of columns whose first pixels span fewer pixels than this are fetched faster from rows of 4
+    /// bytes per pixel than from rows of 3.
+    int nearSpan;
+
     decltype(&HorizontalRow) horizontalRow;
     decltype(&VerticalRow) verticalRow;
     decltype(&LinearPixels) linearPixels;

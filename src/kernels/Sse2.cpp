@@ -253,6 +253,8 @@ Floats ChannelAsFloats(Vector pixels)
     return {_mm_cvtepi32_ps(kChannel == 3 ? values : _mm_and_si128(values, _mm_set1_epi32(255)))};
 }
 
+constexpr int kNearSpan = 0; // columns are fetched one by one
+
 /// Calls use(fetch). fetch(pixels, src, offsets) loads, for four columns, the pixels at their offsets into
 /// pixels[0], the neighbours of these into pixels[1], and so on.
 template <typename Taps, typename Use>
