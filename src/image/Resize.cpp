@@ -16,8 +16,10 @@
 // - Bilinear, no side longer than 32768, the product of both denominators at most 127 and odd or a power of
 //   two: ResizeLinearFixedPoint. Sums of integers are exact, and FitsFixedPoint proves that the doubles round
 //   to the same byte.
-// - Bilinear otherwise, and cubic: ResizeLinearSeparable and ResizeCubic. Two float passes with a proven
-//   error bound; what lies within the bound of a rounding border is computed again in doubles.
+// - Cubic, source / target an integer on both axes: ResizeCubicFixedPoint. Integers again; exact halves are
+//   computed again in doubles.
+// - All others: ResizeLinearSeparable and ResizeCubicSeparable. Two float passes with a proven error bound;
+//   what lies within the bound of a rounding border is computed again in doubles.
 //
 // Both kinds of passes run in ResizeInTwoPasses: first along x, then along y.
 
@@ -101,6 +103,14 @@ void ResizeLinear(const ResizeJob& job)
     if (IsInteger(x, y))
         return ResizeDecimate(job, x, y);
     ResizeLinearFixedPoint(job, x, y);
+}
+
+void ResizeCubic(const ResizeJob& job)
+{
+    const RationalScale x(job.to.Width(), job.from.Width()), y(job.to.Height(), job.from.Height());
+    if (IsInteger(x, y))
+        return ResizeCubicFixedPoint(job, x, y);
+    ResizeCubicSeparable(job);
 }
 
 void ScaleRows(const CTarvexDib& to, const CTarvexDib& from, const int* columns, const int* rows,

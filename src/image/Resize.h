@@ -46,11 +46,15 @@ struct RationalScale
 /// Called by the methods, when the scales admit them.
 /// @{
 
-/// Any scale. ResizeCubic is the path of its method.
+/// Any scale.
 void ResizeLinearSeparable(const ResizeJob& job);
+void ResizeCubicSeparable(const ResizeJob& job);
 
 /// Scales for which FitsFixedPoint in Resize.cpp holds, other than integers on both axes.
 void ResizeLinearFixedPoint(const ResizeJob& job, const RationalScale& x, const RationalScale& y);
+
+/// Scales that are integers on both axes.
+void ResizeCubicFixedPoint(const ResizeJob& job, const RationalScale& x, const RationalScale& y);
 
 /// @}
 

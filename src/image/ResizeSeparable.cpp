@@ -147,7 +147,7 @@ void ResizeLinearSeparable(const ResizeJob& job)
     ResizeInTwoPasses(job, Separable<LinearTaps, MakeLinearTaps>(job));
 }
 
-void ResizeCubic(const ResizeJob& job)
+void ResizeCubicSeparable(const ResizeJob& job)
 {
     ResizeInTwoPasses(job, Separable<CubicTaps, MakeCubicTaps>(job));
 }

@@ -33,6 +33,12 @@ V Set(std::uint32_t value)
     return {_mm256_set1_epi32(static_cast<int>(value))};
 }
 
+template <typename V>
+V SetWords(int value)
+{
+    return {_mm256_set1_epi16(static_cast<short>(value))};
+}
+
 /// The bytes of the lower or upper half of each 16 bytes, widened to words.
 inline Vector PromoteLower(Vector a)
 {
@@ -213,6 +219,28 @@ V LoadWords(const std::uint16_t* words)
     return {_mm256_loadu_si256(reinterpret_cast<const __m256i*>(words))};
 }
 
+inline void StoreWords(std::uint16_t* words, Vector a)
+{
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(words), a.v);
+}
+
+template <typename V>
+V Load32(const std::uint32_t* integers)
+{
+    return {_mm256_loadu_si256(reinterpret_cast<const __m256i*>(integers))};
+}
+
+/// The 32-bit integers of the lower or upper half of each 16 bytes, each of them twice.
+inline Vector RepeatLower(Vector a)
+{
+    return {_mm256_unpacklo_epi32(a.v, a.v)};
+}
+
+inline Vector RepeatUpper(Vector a)
+{
+    return {_mm256_unpackhi_epi32(a.v, a.v)};
+}
+
 inline Vector AddWords(Vector a, Vector b)
 {
     return {_mm256_add_epi16(a.v, b.v)};
@@ -233,6 +261,17 @@ inline Vector ShiftWordsRight(Vector a, int bits)
 inline Vector MinWords(Vector a, Vector b)
 {
     return {_mm256_min_epi16(a.v, b.v)};
+}
+
+inline Vector SubtractWords(Vector a, Vector b)
+{
+    return {_mm256_subs_epu16(a.v, b.v)};
+}
+
+/// A bit for each byte, set where it is 0.
+inline std::uint32_t ZeroBytes(Vector a)
+{
+    return static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(a.v, _mm256_setzero_si256())));
 }
 
 /// A bit for each 32-bit integer: whether it is less than `limit`.
@@ -364,18 +403,16 @@ void WithFetch(const Taps& columns, const Use& use)
             });
 }
 
-/// Stores the sums of pixels and their neighbours for HorizontalFixedRow: the lower halves of all 16 bytes
-/// first, as PromoteLower and PromoteUpper divide them, and Demote joins them again.
-inline void StorePairSums(std::uint16_t* out, Vector first, Vector second, const std::uint32_t* weights)
+/// The sums of pixels and their neighbours for HorizontalFixedRow: of the bytes that PromoteLower and
+/// PromoteUpper widen.
+inline void PairSums(Vector& lower, Vector& upper, Vector first, Vector second, const std::uint32_t* weights)
 {
     const __m256i both =
         _mm256_or_si256(LoadIntegers(weights), _mm256_slli_epi32(LoadIntegers(weights + zel::kGroup), 8));
-    const __m256i lower =
+    lower.v =
         _mm256_maddubs_epi16(_mm256_unpacklo_epi8(first.v, second.v), _mm256_unpacklo_epi32(both, both));
-    const __m256i upper =
+    upper.v =
         _mm256_maddubs_epi16(_mm256_unpackhi_epi8(first.v, second.v), _mm256_unpackhi_epi32(both, both));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), lower);
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + 16), upper);
 }
 
 struct Doubles

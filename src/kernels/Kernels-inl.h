@@ -78,41 +78,17 @@ struct VectorRows
     }
 
     static void HorizontalFixed(std::uint16_t* out, const unsigned char* src,
-                                const ColumnTaps<std::uint32_t>& columns, int groups)
+                                const ColumnTaps<std::uint32_t>& columns, int taps, int groups)
     {
-        WithFetch(columns,
-                  [=](const auto& fetch)
-                  {
-                      for (int i = 0; i < kGroup * groups; i += kPixels)
-                      {
-                          Vector pixels[2];
-                          fetch(pixels, src, columns.offsets + i);
-                          StorePairSums(out + 4 * i, pixels[0], pixels[1],
-                                        columns.weights + 2 * (i - i % kGroup) + i % kGroup);
-                      }
-                  });
+        (taps == 2 ? HorizontalFixedGroups<2> : HorizontalFixedGroups<3>)(out, src, columns, groups);
     }
 
-    static void VerticalFixed(unsigned char* dst, int dstStep, const std::uint16_t* upper,
-                              const std::uint16_t* lower, int upperWeight, int lowerWeight,
-                              const InvariantDivisor& divisor, int count, int channels)
+    static void VerticalFixed(unsigned char* dst, int dstStep, const std::uint16_t* const (&rows)[3],
+                              const int (&weights)[3], int taps, const InvariantDivisor& divisor, int count,
+                              int channels, std::uint32_t* ties)
     {
-        const Vector above = Set<Vector>(static_cast<std::uint32_t>(upperWeight) * 0x10001U),
-                     below = Set<Vector>(static_cast<std::uint32_t>(lowerWeight) * 0x10001U),
-                     half = Set<Vector>(divisor.half * 0x10001U),
-                     multiplier = Set<Vector>(divisor.multiplier * 0x10001U);
-        const auto words = [&](int at)
-        {
-            const Vector first = LoadWords<Vector>(upper + at), second = LoadWords<Vector>(lower + at);
-            const Vector sum = AddWords(AddWords(MulWords(first, above), MulWords(second, below)), half);
-            return ShiftWordsRight(MulHigh(sum, multiplier), divisor.shift);
-        };
-        int i = 0;
-        for (; i + kPixels <= count; i += kPixels, dst += dstStep * kPixels)
-            StorePixels(dst, dstStep, channels, Demote(words(4 * i), words(4 * i + kBytes / 2)));
-        if (i < count)
-            StoreSomePixels(dst, dstStep, channels, Demote(words(4 * i), words(4 * i + kBytes / 2)),
-                            count - i);
+        (taps == 2 ? VerticalFixedGroups<2> : VerticalFixedGroups<3>)(dst, dstStep, rows, weights, divisor,
+                                                                      count, channels, ties);
     }
 
     static void ScaleColumns(unsigned char* dst, int dstStep, const unsigned char* src, const int* offsets,
@@ -293,6 +269,77 @@ private:
         Store(bytes, pixels);
         for (int i = 0; i < count; ++i, dst += dstStep)
             std::memcpy(dst, bytes + 4 * i, channels == 4 ? 4 : 3);
+    }
+
+    template <int kTaps>
+    static void HorizontalFixedGroups(std::uint16_t* out, const unsigned char* src,
+                                      const ColumnTaps<std::uint32_t>& columns, int groups)
+    {
+        WithFetch(columns,
+                  [=](const auto& fetch)
+                  {
+                      for (int i = 0; i < kGroup * groups; i += kPixels)
+                      {
+                          const std::uint32_t* const weights =
+                              columns.weights + kTaps * (i - i % kGroup) + i % kGroup;
+                          Vector pixels[kTaps], lower, upper;
+                          fetch(pixels, src, columns.offsets + i);
+                          PairSums(lower, upper, pixels[0], pixels[1], weights);
+                          if constexpr (kTaps == 3)
+                          {
+                              const auto third = Load32<Vector>(weights + 2 * kGroup);
+                              lower = AddWords(lower, MulWords(PromoteLower(pixels[2]), RepeatLower(third)));
+                              upper = AddWords(upper, MulWords(PromoteUpper(pixels[2]), RepeatUpper(third)));
+                          }
+                          StoreWords(out + 4 * i, lower);
+                          StoreWords(out + 4 * i + kBytes / 2, upper);
+                      }
+                  });
+    }
+
+    template <int kTaps>
+    static void VerticalFixedGroups(unsigned char* dst, int dstStep, const std::uint16_t* const (&rows)[3],
+                                    const int (&weights)[3], const InvariantDivisor& divisor, int count,
+                                    int channels, std::uint32_t* ties)
+    {
+        const std::uint16_t* row[kTaps];
+        Vector weight[kTaps];
+        for (int k = 0; k < kTaps; ++k)
+        {
+            row[k] = rows[k];
+            weight[k] = SetWords<Vector>(weights[k]);
+        }
+        const Vector half = SetWords<Vector>(divisor.value / 2), value = SetWords<Vector>(divisor.value),
+                     multiplier = SetWords<Vector>(divisor.multiplier);
+        const auto words = [&](int at, Vector& remainders)
+        {
+            Vector sum = half;
+            for (int k = 0; k < kTaps; ++k)
+                sum = AddWords(sum, MulWords(LoadWords<Vector>(row[k] + at), weight[k]));
+            const Vector result = ShiftWordsRight(MulHigh(sum, multiplier), divisor.shift);
+            remainders = SubtractWords(sum, MulWords(result, value));
+            return result;
+        };
+        for (int i = 0; i < count; i += kPixels, dst += dstStep * kPixels)
+        {
+            Vector low, high;
+            const Vector lower = words(4 * i, low), upper = words(4 * i + kBytes / 2, high);
+            if (i + kPixels <= count)
+                StorePixels(dst, dstStep, channels, Demote(lower, upper));
+            else
+                StoreSomePixels(dst, dstStep, channels, Demote(lower, upper), count - i);
+            if constexpr (kTaps == 3)
+            {
+                std::uint32_t& mask = ties[i / kGroup];
+                if (i % kGroup == 0)
+                    mask = 0;
+                mask |= ZeroBytes(Demote(low, high)) << (4 * (i % kGroup));
+                if (channels == 3)
+                    mask &= 0x77777777;
+                if (count - i < kPixels)
+                    mask &= (1U << (4 * (count - i + i % kGroup))) - 1;
+            }
+        }
     }
 
     template <int kTaps, int kChannels>

@@ -104,12 +104,11 @@ constexpr float kVerticalBias = 256.5F + kRoundingMargin / 32768.0F;
 int VerticalRow(unsigned char* dst, int dstStep, const float* const (&rows)[4], const float (&weights)[4],
                 int taps, int count, int channels, std::uint32_t* ambiguous);
 
-/// First pass in integers: sums of two pixels with integer weights of 0 to 127, whose sum is the same in
-/// every column and at most 127. Each is given twice, as weight | weight << 16. The weights of a group are
-/// those of the first pixels of its columns, then those of the second pixels. Writes 4 * kGroup words for
-/// each group, in an order that is VerticalFixedRow's business.
+/// First pass in integers: sums of `taps` pixels, 2 or 3, with integer weights of 0 to 127, whose sum is the
+/// same in every column and at most 127. Each is given twice, as weight | weight << 16, in the order of
+/// HorizontalRow. Writes 4 * kGroup words for each group, in an order that is VerticalFixedRow's business.
 void HorizontalFixedRow(std::uint16_t* out, const unsigned char* src,
-                        const ColumnTaps<std::uint32_t>& columns, int groups);
+                        const ColumnTaps<std::uint32_t>& columns, int taps, int groups);
 
 /// Division by an integer of 2 to 127 as a multiplication: floor(n / divisor) is n * multiplier >>
 /// (16 + shift) for every n up to 255.5 * divisor.
@@ -120,7 +119,7 @@ void HorizontalFixedRow(std::uint16_t* out, const unsigned char* src,
 struct InvariantDivisor
 {
     explicit constexpr InvariantDivisor(int divisor)
-        : half(static_cast<std::uint16_t>(divisor / 2)), multiplier(0), shift(0)
+        : value(static_cast<std::uint16_t>(divisor)), multiplier(0), shift(0)
     {
         while ((2 << shift) < divisor)
             ++shift;
@@ -134,7 +133,7 @@ struct InvariantDivisor
         return excess >= 0 && 511 * std::int64_t{divisor} / 2 * excess < power;
     }
 
-    std::uint16_t half; ///< of the divisor, rounded down
+    std::uint16_t value; ///< the divisor
     std::uint16_t multiplier;
     int shift;
 };
@@ -148,11 +147,13 @@ static_assert(
         return true;
     }());
 
-/// The sum of two rows made by HorizontalFixedRow, weighted with upperWeight and lowerWeight, divided by
-/// `divisor` and rounded. The product of the sums of weights is at most 127, so a sum fits 16 bits.
-void VerticalFixedRow(unsigned char* dst, int dstStep, const std::uint16_t* upper, const std::uint16_t* lower,
-                      int upperWeight, int lowerWeight, const InvariantDivisor& divisor, int count,
-                      int channels);
+/// The sum of `taps` rows made by HorizontalFixedRow, weighted with integers, divided by `divisor` and
+/// rounded, one half up. The product of the sums of weights is at most 127, so a sum fits 16 bits. With three
+/// taps, and an even divisor, `ties` gets a word for each group: bit 4 * i + c tells whether channel c of its
+/// pixel i is one half.
+void VerticalFixedRow(unsigned char* dst, int dstStep, const std::uint16_t* const (&rows)[3],
+                      const int (&weights)[3], int taps, const InvariantDivisor& divisor, int count,
+                      int channels, std::uint32_t* ties);
 
 /// @}
 /// \name Blending

@@ -155,30 +155,37 @@ int VerticalRow(unsigned char* dst, int dstStep, const float* const (&rows)[4], 
 }
 
 void HorizontalFixedRow(std::uint16_t* out, const unsigned char* src,
-                        const ColumnTaps<std::uint32_t>& columns, int groups)
+                        const ColumnTaps<std::uint32_t>& columns, int taps, int groups)
 {
     for (int i = 0; i < kGroup * groups; ++i)
-    {
-        const unsigned char* const first = src + columns.offsets[i];
-        const unsigned char* const second = first + columns.step;
-        const std::uint32_t* const weights = columns.weights + 2 * (i - i % kGroup) + i % kGroup;
-        const std::uint32_t weight0 = weights[0] & 127, weight1 = weights[kGroup] & 127;
         for (int c = 0; c < 4; ++c)
-            out[4 * i + c] = static_cast<std::uint16_t>(first[c] * weight0 + second[c] * weight1);
-    }
+        {
+            std::uint32_t sum = 0;
+            for (int k = 0; k < taps; ++k)
+                sum += src[columns.offsets[i] + columns.step * k + c] *
+                       (columns.weights[taps * (i - i % kGroup) + kGroup * k + i % kGroup] & 127);
+            out[4 * i + c] = static_cast<std::uint16_t>(sum);
+        }
 }
 
-void VerticalFixedRow(unsigned char* dst, int dstStep, const std::uint16_t* upper, const std::uint16_t* lower,
-                      int upperWeight, int lowerWeight, const InvariantDivisor& divisor, int count,
-                      int channels)
+void VerticalFixedRow(unsigned char* dst, int dstStep, const std::uint16_t* const (&rows)[3],
+                      const int (&weights)[3], int taps, const InvariantDivisor& divisor, int count,
+                      int channels, std::uint32_t* ties)
 {
     for (int i = 0; i < count; ++i, dst += dstStep)
+    {
+        if (taps == 3 && i % kGroup == 0)
+            ties[i / kGroup] = 0;
         for (int c = 0; c < channels; ++c)
         {
-            const auto sum = static_cast<std::uint32_t>(upper[4 * i + c] * upperWeight +
-                                                        lower[4 * i + c] * lowerWeight + divisor.half);
+            std::uint32_t sum = divisor.value / 2U;
+            for (int k = 0; k < taps; ++k)
+                sum += static_cast<std::uint32_t>(rows[k][4 * i + c] * weights[k]);
             dst[c] = static_cast<unsigned char>(sum * divisor.multiplier >> (16 + divisor.shift));
+            if (taps == 3 && sum == std::uint32_t{dst[c]} * divisor.value)
+                ties[i / kGroup] |= 1U << (4 * (i % kGroup) + c);
         }
+    }
 }
 
 } // namespace zel

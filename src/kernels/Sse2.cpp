@@ -32,6 +32,12 @@ V Set(std::uint32_t value)
     return {_mm_set1_epi32(static_cast<int>(value))};
 }
 
+template <typename V>
+V SetWords(int value)
+{
+    return {_mm_set1_epi16(static_cast<short>(value))};
+}
+
 /// The bytes of the lower or upper half, widened to words.
 inline Vector PromoteLower(Vector a)
 {
@@ -181,6 +187,28 @@ V LoadWords(const std::uint16_t* words)
     return {_mm_loadu_si128(reinterpret_cast<const __m128i*>(words))};
 }
 
+inline void StoreWords(std::uint16_t* words, Vector a)
+{
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(words), a.v);
+}
+
+template <typename V>
+V Load32(const std::uint32_t* integers)
+{
+    return {_mm_loadu_si128(reinterpret_cast<const __m128i*>(integers))};
+}
+
+/// The 32-bit integers of the lower or upper half, each of them twice.
+inline Vector RepeatLower(Vector a)
+{
+    return {_mm_unpacklo_epi32(a.v, a.v)};
+}
+
+inline Vector RepeatUpper(Vector a)
+{
+    return {_mm_unpackhi_epi32(a.v, a.v)};
+}
+
 inline Vector AddWords(Vector a, Vector b)
 {
     return {_mm_add_epi16(a.v, b.v)};
@@ -201,6 +229,17 @@ inline Vector ShiftWordsRight(Vector a, int bits)
 inline Vector MinWords(Vector a, Vector b)
 {
     return {_mm_min_epi16(a.v, b.v)};
+}
+
+inline Vector SubtractWords(Vector a, Vector b)
+{
+    return {_mm_subs_epu16(a.v, b.v)};
+}
+
+/// A bit for each byte, set where it is 0.
+inline std::uint32_t ZeroBytes(Vector a)
+{
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(a.v, _mm_setzero_si128())));
 }
 
 /// A bit for each 32-bit integer: whether it is less than `limit`.
@@ -282,23 +321,15 @@ void WithFetch(const Taps& columns, const Use& use)
         });
 }
 
-/// Stores the sums of pixels and their neighbours for HorizontalFixedRow: the lower halves of all 16 bytes
-/// first, as PromoteLower and PromoteUpper divide them, and Demote joins them again.
-inline void StorePairSums(std::uint16_t* out, Vector first, Vector second, const std::uint32_t* weights)
+/// The sums of pixels and their neighbours for HorizontalFixedRow: of the bytes that PromoteLower and
+/// PromoteUpper widen.
+inline void PairSums(Vector& lower, Vector& upper, Vector first, Vector second, const std::uint32_t* weights)
 {
-    const __m128i zero = _mm_setzero_si128();
-    const __m128i first4 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(weights));
-    const __m128i second4 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(weights + zel::kGroup));
-    const __m128i four = _mm_or_si128(first4, _mm_slli_epi32(second4, 8));
-    const auto sums = [=](__m128i pairs, __m128i both)
-    {
-        return _mm_packs_epi32(_mm_madd_epi16(_mm_unpacklo_epi8(pairs, zero), _mm_unpacklo_epi8(both, zero)),
-                               _mm_madd_epi16(_mm_unpackhi_epi8(pairs, zero), _mm_unpackhi_epi8(both, zero)));
-    };
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out),
-                     sums(_mm_unpacklo_epi8(first.v, second.v), _mm_unpacklo_epi32(four, four)));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 8),
-                     sums(_mm_unpackhi_epi8(first.v, second.v), _mm_unpackhi_epi32(four, four)));
+    const auto one = Load32<Vector>(weights), other = Load32<Vector>(weights + zel::kGroup);
+    lower = AddWords(MulWords(PromoteLower(first), RepeatLower(one)),
+                     MulWords(PromoteLower(second), RepeatLower(other)));
+    upper = AddWords(MulWords(PromoteUpper(first), RepeatUpper(one)),
+                     MulWords(PromoteUpper(second), RepeatUpper(other)));
 }
 
 struct Doubles
